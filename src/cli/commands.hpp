@@ -1,0 +1,19 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace pellago::cli {
+
+// Exit statuses that scripts depend on.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitError = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitNotALogSheet = 3;
+
+// Each adds one subcommand to the program; its callback stores the exit status in `status`.
+// Callbacks throw pellago::Error on failure; main turns that into one line and status 1.
+void add_frames_command(CLI::App& app, int& status);
+void add_inspect_command(CLI::App& app, int& status);
+void add_merge_command(CLI::App& app, int& status);
+
+}  // namespace pellago::cli

@@ -1,0 +1,7 @@
+#include "cli/commands.hpp"
+
+namespace pellago::cli {
+
+void add_frames_command(CLI::App&, int&) {}
+
+}  // namespace pellago::cli

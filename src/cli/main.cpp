@@ -1,0 +1,34 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "cli/commands.hpp"
+#include "error.hpp"
+
+int main(int argc, char** argv) {
+  using namespace pellago::cli;
+
+  CLI::App app{
+      "pellago merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro "
+      "XML document.\n\nRun 'pellago COMMAND --help' to learn about one command."};
+  app.name("pellago");
+  app.require_subcommand(1);
+  app.footer(
+      "Exit status: 0 done, 1 error (nothing written), 2 wrong usage, 3 not a log sheet (merge).");
+
+  int status = kExitOk;
+  add_merge_command(app, status);
+  add_inspect_command(app, status);
+  add_frames_command(app, status);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e) == 0 ? kExitOk : kExitUsage;
+  } catch (const pellago::Error& e) {
+    std::fputs(fmt::format("pellago: {}\n", e.what()).c_str(), stderr);
+    return kExitError;
+  }
+  return status;
+}

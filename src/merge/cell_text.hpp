@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "workbook/workbook.hpp"
+
+namespace pellago {
+
+// Text of a cell as the merge compares and writes it: text unchanged, empty as "", a number in
+// float_text form.
+std::string cell_text(const Cell& cell);
+
+// A double written as a scripting interpreter writes floats: 15 significant digits, at least one
+// digit after the point, exponent form outside 1e-4 .. 1e15 (12 -> "12.0", 1e15 -> "1.0e+15").
+std::string float_text(double value);
+
+}  // namespace pellago

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "workbook/workbook.hpp"
+
+namespace pellago {
+
+// One marker of a row. timecode is never empty; the others are absent when their column is.
+struct MarkerEntry {
+  std::string timecode;
+  std::optional<std::string> name;
+  std::optional<std::string> comment;
+  std::optional<std::string> color;  // lower-cased (ASCII A-Z only)
+};
+
+// One data row of the log sheet.
+struct LogRow {
+  // The sheet's ordinary (non-marker) column headers, distinct, shared by every row of the sheet.
+  std::shared_ptr<const std::vector<std::string>> headers;
+  // values[i] is the cell text under (*headers)[i]; with duplicate headers the right-hand one.
+  std::vector<std::string> values;
+  std::vector<MarkerEntry> markers;
+
+  // The cell text under `header`, or nullptr when no ordinary column has that header (absent,
+  // which differs from the empty text of an empty cell).
+  const std::string* field(std::string_view header) const;
+};
+
+// The raw values of row 1, from column 1 to the last column.
+std::vector<Cell> read_header_row(const Workbook& workbook);
+
+// One LogRow per sheet row from 2 to the last row, blank rows included. Throws Error naming the
+// column (letter and number) at the first data row when a header is empty or not text; the
+// message does not name the file, the caller does.
+std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers);
+
+}  // namespace pellago

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace pellago {
+
+// A cell of a worksheet: empty, a floating-point number, or text.
+using Cell = std::variant<std::monostate, double, std::string>;
+
+// The first worksheet of a workbook, read whole. Rows and columns are 1-based.
+class Workbook {
+ public:
+  // The cell at (row, column); an empty cell outside the used range.
+  const Cell& cell(int row, int column) const;
+  // Index of the last row and of the last column that hold a value.
+  int last_row() const;
+  int last_column() const;
+
+  // Readers fill the sheet with this; cells may come in any order.
+  void set_cell(int row, int column, Cell value);
+
+ private:
+  std::vector<std::vector<Cell>> rows_;  // rows_[r - 1][c - 1], each row only as long as it is used
+  int last_column_ = 0;
+};
+
+enum class SheetKind { xls, xlsx, not_a_log_sheet };
+
+// Decided only by the extension of the last path component, exactly and case-sensitively:
+// ".xls", ".xlsx", anything else (".XLS", "log.xls.bak", no extension) is not a log sheet.
+SheetKind sheet_kind(const std::string& path);
+
+// Opens the first worksheet of an .xls (FreeXL) or .xlsx (libzip and libxml2's streaming reader)
+// file. Throws Error with a one-line message that names the file when it cannot be read, is not of
+// the kind its extension says, is damaged, or its first worksheet has no cell in use.
+Workbook open_workbook(const std::string& path, SheetKind kind);
+
+}  // namespace pellago
