@@ -1,0 +1,55 @@
+#include "merge/aux_timecodes.hpp"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "error.hpp"
+#include "timecode/to_frames.hpp"
+
+namespace pellago {
+namespace {
+
+struct AuxSource {
+  std::string_view header;
+  std::string_view source;
+  std::string xpath;
+};
+
+const std::array<AuxSource, 2> kAuxSources{{
+    {"Aux TC 1", "aux1", R"(.//timecode[source="aux1"])"},
+    {"Aux TC 2", "aux2", R"(.//timecode[source="aux2"])"},
+}};
+
+// The display format goes into the markup as it stands in the file's own timecode.
+std::string aux_timecode_markup(std::int64_t frames, const std::string& display_format,
+                                std::string_view source) {
+  return fmt::format(
+      "<timecode> <frame>{}</frame> <displayformat>{}</displayformat> <source>{}</source> "
+      "</timecode>",
+      frames, display_format, source);
+}
+
+}  // namespace
+
+void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
+  const Element file_format = clip.first("file/timecode/displayformat");
+  if (!file_format) return;
+  const std::string display_format = file_format.text();
+  for (const AuxSource& aux : kAuxSources) {
+    const std::string* value = row.field(aux.header);
+    if (value == nullptr || value->empty()) continue;
+    if (Element replaced = clip.first_xpath(aux.xpath)) replaced.remove();
+    const std::int64_t frames =
+        to_frames(*value, static_cast<double>(timing.timebase), display_format);
+    const Fragment timecode =
+        Fragment::parse(aux_timecode_markup(frames, display_format, aux.source));
+    Element file = clip.first("file");
+    if (!file) throw Error(fmt::format("no <file> element to hold \"{}\"", aux.header));
+    file.append_child(timecode);
+  }
+}
+
+}  // namespace pellago
