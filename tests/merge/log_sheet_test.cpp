@@ -1,0 +1,153 @@
+#include "merge/log_sheet.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "error.hpp"
+
+namespace pellago {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using Row = std::vector<Cell>;
+
+Workbook sheet(const std::vector<Row>& rows) {
+  Workbook workbook;
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    for (std::size_t c = 0; c < rows[r].size(); ++c) {
+      workbook.set_cell(static_cast<int>(r) + 1, static_cast<int>(c) + 1, rows[r][c]);
+    }
+  }
+  return workbook;
+}
+
+std::vector<LogRow> log_rows(const Workbook& workbook) {
+  return read_log_rows(workbook, read_header_row(workbook));
+}
+
+// "header=text" for every ordinary field, in the order of the shared headers.
+std::vector<std::string> fields(const LogRow& row) {
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < row.headers->size(); ++i) {
+    texts.push_back((*row.headers)[i] + "=" + row.values.at(i));
+  }
+  return texts;
+}
+
+// "timecode name=... comment=... color=..." with absent keys left out.
+std::vector<std::string> markers(const LogRow& row) {
+  std::vector<std::string> texts;
+  for (const MarkerEntry& marker : row.markers) {
+    std::string text = marker.timecode;
+    if (marker.name) text += " name=" + *marker.name;
+    if (marker.comment) text += " comment=" + *marker.comment;
+    if (marker.color) text += " color=" + *marker.color;
+    texts.push_back(text);
+  }
+  return texts;
+}
+
+const Row kTwoMarkerHeaders{"Name",         "Scene",           "Marker Timecode", "Marker Name",
+                            "Marker Color", "Marker Timecode", "Marker Comment"};
+
+TEST(LogSheet, MarkerGroupsBecomeEntriesAndStayOutOfFields) {
+  const auto rows = log_rows(
+      sheet({kTwoMarkerHeaders,
+             {"C001", 12.0, "01:00:10:00", "Intro", "Red", "01:00:20:00", "Check focus"}}));
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_THAT(fields(rows[0]), ElementsAre("Name=C001", "Scene=12.0"));
+  EXPECT_THAT(markers(rows[0]),
+              ElementsAre("01:00:10:00 name=Intro color=red", "01:00:20:00 comment=Check focus"));
+  EXPECT_EQ(rows[0].field("Marker Timecode"), nullptr);
+}
+
+TEST(LogSheet, MarkerWithEmptyTimecodeDropsItsWholeGroup) {
+  const auto rows = log_rows(sheet({
+      kTwoMarkerHeaders,
+      {"C001", 12.0, Cell{}, "Intro", "Red", "01:00:20:00", "Check focus"},
+      {"C002", 12.0, "01:00:10:00", "Intro", "Red", Cell{}, "Check focus"},
+  }));
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_THAT(markers(rows[0]), ElementsAre("01:00:20:00 comment=Check focus"));
+  EXPECT_THAT(markers(rows[1]), ElementsAre("01:00:10:00 name=Intro color=red"));
+}
+
+TEST(LogSheet, MarkerGroupColumnsComeInAnyOrderAndTheLastOneWins) {
+  const auto rows = log_rows(sheet({
+      {"Marker Name", "Marker Color", "Marker Timecode", "Marker Color", "Marker Name",
+       "Marker Name", "Marker Timecode"},
+      {"Dropped", "Blue", "00:00:01:00", "GREEN Été", "First", "Second", "00:00:02:00"},
+  }));
+  EXPECT_THAT(markers(rows[0]),
+              ElementsAre("00:00:01:00 name=Second color=green Été", "00:00:02:00"));
+}
+
+TEST(LogSheet, OnlyTheFourExactMarkerHeadersMakeMarkers) {
+  const auto rows = log_rows(sheet({
+      {"marker timecode", "Marker Timecode ", "Markers", "markers", "Marker", "Name"},
+      {"01:00:00:00", "01:00:01:00", "x", "y", "z", "C001"},
+  }));
+  EXPECT_THAT(fields(rows[0]),
+              ElementsAre("marker timecode=01:00:00:00", "markers=y", "Name=C001"));
+  EXPECT_THAT(rows[0].markers, IsEmpty());
+  EXPECT_EQ(rows[0].field("Marker Timecode "), nullptr);
+  EXPECT_EQ(rows[0].field("Markers"), nullptr);
+}
+
+TEST(LogSheet, FieldsTellAbsentFromEmptyAndKeepTheRightHandDuplicate) {
+  const auto rows = log_rows(sheet({
+      {"Scene", "Name", "Scene"},
+      {"1", 101.0, "2"},
+      {"3", Cell{}, Cell{}},
+  }));
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_THAT(fields(rows[0]), ElementsAre("Scene=2", "Name=101.0"));
+  EXPECT_THAT(fields(rows[1]), ElementsAre("Scene=", "Name="));
+  ASSERT_NE(rows[1].field("Name"), nullptr);
+  EXPECT_EQ(*rows[1].field("Name"), "");
+  EXPECT_EQ(rows[0].field("Good"), nullptr);
+  EXPECT_EQ(rows[0].field("name"), nullptr);
+  EXPECT_EQ(rows[0].headers, rows[1].headers);
+}
+
+TEST(LogSheet, EveryRowUpToTheLastIsKeptBlankOnesIncluded) {
+  const auto rows = log_rows(sheet({
+      {"Name", "Marker Timecode"},
+      {"C001", "01:00:00:00"},
+      {},
+      {"C001"},
+  }));
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_THAT(fields(rows[1]), ElementsAre("Name="));
+  EXPECT_THAT(rows[1].markers, IsEmpty());
+  EXPECT_THAT(fields(rows[2]), ElementsAre("Name=C001"));
+  EXPECT_THAT(log_rows(sheet({{"Name", "Scene"}})), IsEmpty());
+}
+
+TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
+  const auto error_of = [](const Workbook& workbook) -> std::string {
+    try {
+      log_rows(workbook);
+    } catch (const Error& e) {
+      return e.what();
+    }
+    return "no error";
+  };
+  EXPECT_THAT(error_of(sheet({{"Name", Cell{}, "Scene"}, {"C001"}})),
+              HasSubstr("column B (2) has no header text"));
+  EXPECT_THAT(error_of(sheet({{"Name", "Scene", "In", 12.0}, {"C001"}})),
+              HasSubstr("column D (4) header is the number 12.0, not text"));
+  Row wide(28, Cell{"Scene"});
+  wide[27] = Cell{};
+  wide.push_back("Name");
+  EXPECT_THAT(error_of(sheet({wide, {"C001"}})), HasSubstr("column AB (28)"));
+
+  const Workbook header_only = sheet({{"Name", Cell{}, "Scene"}});
+  EXPECT_THAT(read_header_row(header_only), ElementsAre(Cell{"Name"}, Cell{}, Cell{"Scene"}));
+  EXPECT_THAT(log_rows(header_only), IsEmpty());
+}
+
+}  // namespace
+}  // namespace pellago
