@@ -1,7 +1,100 @@
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
 #include "cli/commands.hpp"
+#include "error.hpp"
+#include "merge/log_sheet.hpp"
+#include "workbook/workbook.hpp"
 
 namespace pellago::cli {
 
-void add_inspect_command(CLI::App&, int&) {}
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kFirstDataRow = 2;
+
+Json header_json(const Cell& header) {
+  if (const auto* text = std::get_if<std::string>(&header)) return *text;
+  if (const auto* number = std::get_if<double>(&header)) return *number;
+  return nullptr;
+}
+
+Json marker_json(const MarkerEntry& marker) {
+  Json json{{"timecode", marker.timecode}};
+  if (marker.name) json["name"] = *marker.name;
+  if (marker.comment) json["comment"] = *marker.comment;
+  if (marker.color) json["color"] = *marker.color;
+  return json;
+}
+
+Json row_json(const LogRow& row, int row_number) {
+  Json fields = Json::object();
+  for (std::size_t i = 0; i < row.headers->size(); ++i) fields[(*row.headers)[i]] = row.values[i];
+  Json markers = Json::array();
+  for (const MarkerEntry& marker : row.markers) markers.push_back(marker_json(marker));
+  return {{"row", row_number}, {"fields", std::move(fields)}, {"markers", std::move(markers)}};
+}
+
+Json log_sheet_json(const std::vector<Cell>& headers, const std::vector<LogRow>& rows) {
+  Json header_list = Json::array();
+  for (const Cell& header : headers) header_list.push_back(header_json(header));
+  Json row_list = Json::array();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    row_list.push_back(row_json(rows[i], kFirstDataRow + static_cast<int>(i)));
+  }
+  return {{"headers", std::move(header_list)}, {"rows", std::move(row_list)}};
+}
+
+// Log row errors do not name the file; workbook errors already do.
+std::vector<LogRow> read_rows_of(const std::string& path, const Workbook& workbook,
+                                 const std::vector<Cell>& headers) {
+  try {
+    return read_log_rows(workbook, headers);
+  } catch (const Error& e) {
+    throw Error(fmt::format("{}: {}", path, e.what()), e.system_error);
+  }
+}
+
+int inspect_log_sheet(const std::string& path) {
+  const SheetKind kind = sheet_kind(path);
+  if (kind == SheetKind::not_a_log_sheet) {
+    std::fputs(
+        fmt::format("pellago: {} is not a log sheet: only .xls and .xlsx files are read\n", path)
+            .c_str(),
+        stderr);
+    return kExitNotALogSheet;
+  }
+  const Workbook workbook = open_workbook(path, kind);
+  const std::vector<Cell> headers = read_header_row(workbook);
+  const std::vector<LogRow> rows = read_rows_of(path, workbook, headers);
+  const std::string json =
+      log_sheet_json(headers, rows).dump(2, ' ', false, Json::error_handler_t::replace);
+  std::fputs((json + "\n").c_str(), stdout);
+  return kExitOk;
+}
+
+}  // namespace
+
+void add_inspect_command(CLI::App& app, int& status) {
+  CLI::App* inspect = app.add_subcommand(
+      "inspect", "Show what a log sheet holds, as the merge reads it, in JSON on standard output.");
+  auto path = std::make_shared<std::string>();
+  inspect->add_option("SHEET", *path, "The log sheet: an .xls or .xlsx workbook")->required();
+  inspect->footer(
+      "Reads the first worksheet. \"headers\" lists row 1 as it is (text, number or null); "
+      "\"rows\" has one entry per row from 2 to the last, blank rows included: its \"fields\" "
+      "map each ordinary column header to the cell text (numbers as 12.0; with duplicate headers "
+      "the right-hand column), and its \"markers\" come from the \"Marker Timecode\", \"Marker "
+      "Name\", \"Marker Comment\" and \"Marker Color\" columns; a marker is listed only when its "
+      "timecode cell is not empty.\n\nExit status: 0 done, 1 the sheet cannot be read, 2 wrong "
+      "usage, 3 not an .xls or .xlsx file.");
+  inspect->callback([path, &status] { status = inspect_log_sheet(*path); });
+}
 
 }  // namespace pellago::cli
