@@ -1,0 +1,115 @@
+#include "timecode/to_frames.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "timecode/read_integer.hpp"
+
+namespace pellago {
+
+namespace {
+
+// Totals are computed exactly in 128 bits and clamped to 64 bits at the end: fields are at most
+// 64-bit (read_integer saturates) and the frame base at most 2^40, so no product or sum below can
+// come near the 128-bit limit.
+using Wide = __int128;
+
+constexpr std::int64_t kMaxFrameBase = std::int64_t{1} << 40;
+
+struct TimecodeFields {
+  std::int64_t hours = 0;
+  std::int64_t minutes = 0;
+  std::int64_t seconds = 0;
+  std::int64_t frames = 0;
+};
+
+// The rate rounded half away from zero. A rate that is no number counts as 0; rates beyond
+// 2^40 frames per second (infinities included) are clamped to that.
+std::int64_t frame_base(double rate) {
+  if (std::isnan(rate)) return 0;
+  const double limit = static_cast<double>(kMaxFrameBase);
+  return static_cast<std::int64_t>(std::clamp(std::round(rate), -limit, limit));
+}
+
+// The timecode with a blank appended and every ";" and "." turned into ":".
+std::string with_colons(std::string_view timecode) {
+  std::string text(timecode);
+  text += ' ';
+  std::replace(text.begin(), text.end(), ';', ':');
+  std::replace(text.begin(), text.end(), '.', ':');
+  return text;
+}
+
+// Splits at every ":", keeping empty fields.
+std::vector<std::string> split_fields(std::string_view text) {
+  std::vector<std::string> fields;
+  std::size_t start = 0;
+  for (std::size_t colon = text.find(':'); colon != std::string_view::npos;
+       colon = text.find(':', start)) {
+    fields.emplace_back(text.substr(start, colon - start));
+    start = colon + 1;
+  }
+  fields.emplace_back(text.substr(start));
+  return fields;
+}
+
+// Two fields are a number typed with a point ("1000012.0", "12.5"): the integer of the first,
+// padded to even length, is cut into two-digit fields, and the second field follows them.
+std::vector<std::string> split_two_field_number(const std::vector<std::string>& fields) {
+  std::string digits = integer_text(fields[0]);
+  if (digits.size() % 2 == 1) digits.insert(0, 1, '0');
+  std::vector<std::string> pieces;
+  for (std::size_t i = 0; i < digits.size(); i += 2) pieces.push_back(digits.substr(i, 2));
+  pieces.push_back(fields[1]);
+  return pieces;
+}
+
+// At most the first four fields, assigned from the end: frames, seconds, minutes, hours.
+TimecodeFields assign_from_end(const std::vector<std::string>& fields) {
+  const std::size_t count = std::min<std::size_t>(fields.size(), 4);
+  TimecodeFields result;
+  result.frames = read_integer(fields[count - 1]);
+  if (count >= 2) result.seconds = read_integer(fields[count - 2]);
+  if (count >= 3) result.minutes = read_integer(fields[count - 3]);
+  if (count == 4) result.hours = read_integer(fields[0]);
+  return result;
+}
+
+std::int64_t floor_div(std::int64_t a, std::int64_t b) {
+  const std::int64_t quotient = a / b;
+  return (a % b != 0 && (a < 0) != (b < 0)) ? quotient - 1 : quotient;
+}
+
+// The frame numbers that drop-frame counting skips before hours:minutes: B div 15 per minute,
+// except every tenth minute.
+Wide dropped_frames(const TimecodeFields& timecode, std::int64_t base) {
+  const Wide per_minute = floor_div(base, 15);
+  const Wide per_ten_minutes = per_minute * 9;
+  const std::int64_t tens = floor_div(timecode.minutes, 10);
+  const Wide remainder = Wide{timecode.minutes} - Wide{tens} * 10;
+  return (Wide{timecode.hours} * 6 + tens) * per_ten_minutes + remainder * per_minute;
+}
+
+std::int64_t clamp_to_int64(Wide value) {
+  constexpr Wide kMin = std::numeric_limits<std::int64_t>::min();
+  constexpr Wide kMax = std::numeric_limits<std::int64_t>::max();
+  return static_cast<std::int64_t>(std::clamp(value, kMin, kMax));
+}
+
+}  // namespace
+
+std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format) {
+  const std::int64_t base = frame_base(rate);
+  std::vector<std::string> texts = split_fields(with_colons(timecode));
+  if (texts.size() == 2) texts = split_two_field_number(texts);
+  const TimecodeFields fields = assign_from_end(texts);
+  Wide total = Wide{fields.frames} + Wide{fields.seconds} * base +
+               Wide{fields.minutes} * 60 * base + Wide{fields.hours} * 3600 * base;
+  if (display_format == "DF") total -= dropped_frames(fields, base);
+  return clamp_to_int64(total);
+}
+
+}  // namespace pellago

@@ -1,0 +1,152 @@
+#include "timecode/to_frames.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace pellago {
+namespace {
+
+constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+
+struct Conversion {
+  std::string timecode;
+  double rate;
+  std::string display_format;
+  std::int64_t frames;
+};
+
+void expect_conversions(const std::vector<Conversion>& conversions) {
+  for (const auto& [timecode, rate, display_format, frames] : conversions) {
+    EXPECT_EQ(to_frames(timecode, rate, display_format), frames)
+        << '"' << timecode << "\" at " << rate << ' ' << display_format;
+  }
+}
+
+TEST(ToFrames, WorkedResults) {
+  expect_conversions({
+      {"01:00:00:00", 25, "NDF", 90000},
+      {"01:00:00:00", 29.97, "NDF", 108000},
+      {"01;00;00;00", 29.97, "NDF", 108000},
+      {"01:00:00;00", 29.97, "DF", 107892},
+      {"00:01:00;02", 29.97, "DF", 1800},
+      {"00:09:59;29", 29.97, "DF", 17981},
+      {"00:10:00;00", 29.97, "DF", 17982},
+      {"01:00:00;00", 59.94, "DF", 215784},
+      {"00:01:00:00", 25, "DF", 1499},
+      {"01.00.00.12", 25, "NDF", 90012},
+      {"02:03:04", 30, "NDF", 3694},
+      {"1000012.0", 25, "NDF", 90012},
+      {"10000.0", 25, "NDF", 90000},
+      {"12.5", 25, "NDF", 305},
+      {"01000012", 25, "NDF", 1000012},
+      {"1:2:3:4:5", 25, "NDF", 93079},
+      {"01:00:00:", 30, "NDF", 108000},
+      {"", 25, "NDF", 0},
+      {"", 29.97, "DF", 0},
+  });
+}
+
+TEST(ToFrames, TwoFieldsAreANumberCutIntoPairsFromTheLeft) {
+  expect_conversions({
+      // Written with a colon, two fields still take the rule.
+      {"01:00", 25, "NDF", 25},
+      {"100:05", 25, "NDF", 1505},
+      // Odd length gets a leading "0"; leading zeros go before the pairing.
+      {"10000.12", 25, "NDF", 90012},
+      {"00100.5", 25, "NDF", 1505},
+      {" 1_2.5", 25, "NDF", 305},
+      {".5", 25, "NDF", 5},
+      {"abc.7", 25, "NDF", 7},
+      // Pieces beyond four push the fraction out.
+      {"1234567890.99", 25, "NDF", 12 * 90000 + 34 * 1500 + 56 * 25 + 78},
+      // A negative number keeps its sign in the text that is cut: "-1", "00".
+      {"-100.5", 25, "NDF", -1 * 1500 + 5},
+      // Every digit of a run beyond 64 bits is kept for the pairing.
+      {"123456789012345678901234.5", 25, "NDF", 12 * 90000 + 34 * 1500 + 56 * 25 + 78},
+      {"3" + std::string(30, '0') + ".5", 25, "NDF", 3 * 90000},
+  });
+}
+
+TEST(ToFrames, FieldsAreAssignedFromTheEndAndEmptyFieldsReadZero) {
+  expect_conversions({
+      {"250", 25, "NDF", 250},
+      {"01000012", 25, "NDF", 1000012},
+      {"abc", 25, "NDF", 0},
+      {"1:02:03", 25, "NDF", 1500 + 50 + 3},
+      {":01:02:03", 25, "NDF", 1500 + 50 + 3},
+      {"1::5", 25, "NDF", 1505},
+      {"::", 25, "NDF", 0},
+      // The first four fields are kept, the trailing empty one is dropped.
+      {"01:00:00:;", 25, "NDF", 90000},
+      {"1:2:3:4:5:6", 25, "NDF", 93079},
+      {"01:00:00:12x", 25, "NDF", 90012},
+      {" 01 : 00 : 00 : 12 ", 25, "NDF", 90012},
+  });
+}
+
+TEST(ToFrames, SeparatorsAreInterchangeableAndTheCallersTextStaysAsItWas) {
+  const std::string timecode = "01.00;00:12";
+  EXPECT_EQ(to_frames(timecode, 25, "NDF"), 90012);
+  EXPECT_EQ(timecode, "01.00;00:12");
+}
+
+TEST(ToFrames, RateCountsRoundedHalfAwayFromZero) {
+  for (const char* timecode : {"01:00:00:00", "00:10:00;00", "12:34:56:07", "1000012.0"}) {
+    for (const char* format : {"NDF", "DF"}) {
+      EXPECT_EQ(to_frames(timecode, 29.97, format), to_frames(timecode, 30, format)) << timecode;
+      EXPECT_EQ(to_frames(timecode, 23.976, format), to_frames(timecode, 24, format)) << timecode;
+      EXPECT_EQ(to_frames(timecode, 59.94, format), to_frames(timecode, 60, format)) << timecode;
+    }
+  }
+  expect_conversions({
+      {"00:00:01:00", 24.5, "NDF", 25},
+      {"00:00:01:00", 24.49, "NDF", 24},
+      {"00:00:01:00", -24.5, "NDF", -25},
+  });
+}
+
+TEST(ToFrames, DropFrameOnlyForExactlyDFAndFromHoursAndMinutesAlone) {
+  expect_conversions({
+      // A semicolon does not select drop-frame, nor does any other spelling.
+      {"01:00:00;00", 29.97, "NDF", 108000},
+      {"01:00:00;00", 29.97, "df", 108000},
+      {"01:00:00;00", 29.97, "DF ", 108000},
+      {"01:00:00:00", 30, "DF", 107892},
+      // 24 and 25 drop one per minute, nine per ten minutes.
+      {"00:01:00:00", 24, "DF", 1439},
+      {"00:10:00:00", 25, "DF", 14991},
+      {"01:00:00:00", 25, "DF", 90000 - 54},
+      // Below 15 frames per second nothing drops.
+      {"01:01:00:00", 10, "DF", 36600},
+      // Seconds and frames are not checked against the skipped numbers.
+      {"00:01:00;00", 29.97, "DF", 1798},
+      {"00:00:59;59", 29.97, "DF", 1829},
+      // Negative minutes divide rounding down: -1 is Q = -1, R = 9; -11 is Q = -2, R = 9.
+      {"00:-1:00:00", 30, "DF", -1800},
+      {"00:-11:00:00", 30, "DF", -19800 + 18},
+  });
+}
+
+TEST(ToFrames, HugeFieldsAndRatesClampInsteadOfOverflowing) {
+  const std::string huge(40, '9');
+  expect_conversions({
+      {huge + ":00:00:00", 60, "NDF", kMax},
+      {"-" + huge + ":00:00:00", 60, "DF", kMin},
+      {huge + ":" + huge + ":" + huge + ":" + huge, 59.94, "DF", kMax},
+      {"9223372036854775807:-9223372036854775808:0:0", 60, "DF", kMax},
+      // Exact arithmetic: a saturated field still combines with the others.
+      {"0:0:-1:" + huge, 25, "NDF", kMax - 25},
+      {"00:00:01:00", 1e300, "NDF", std::int64_t{1} << 40},
+      {"00:00:01:00", -1e300, "NDF", -(std::int64_t{1} << 40)},
+      {"00:00:01:00", std::numeric_limits<double>::infinity(), "DF", std::int64_t{1} << 40},
+      {"00:00:01:05", std::nan(""), "DF", 5},
+  });
+}
+
+}  // namespace
+}  // namespace pellago
