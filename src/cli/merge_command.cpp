@@ -1,7 +1,156 @@
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <optional>
+#include <string>
+
 #include "cli/commands.hpp"
+#include "merge/add_log_notes.hpp"
 
 namespace pellago::cli {
 
-void add_merge_command(CLI::App&, int&) {}
+namespace {
+
+constexpr const char* kDescription =
+    R"(Merges the log notes of SHEET into the Final Cut Pro XML document XML and
+writes the merged document to OUTPUT, for Final Cut Pro to import back.
+
+SHEET is an Excel workbook ending in .xls or .xlsx (lower case). Its first
+worksheet is read: row 1 holds the column headers, every row below logs one
+clip. A row belongs to each clip whose <name> equals its "Name" cell exactly
+(case and spaces count; a number cell reads as 101.0, not 101). Headers are
+matched exactly too; other columns are ignored. The columns read:
+
+  Name                  the clip the row belongs to
+  In, Out               an empty cell clears the clip's In or Out point
+  Subclip Name          when several rows name one clip, each row becomes a
+                        subclip cut from In to Out, named by this column
+  Good                  yes or y (any case) marks the clip good
+  Label, Label 2, Description, Scene, Shot/Take, Log Note, Angle,
+  Master Comment 1 to Master Comment 4, Comment 1, Comment 2
+                        logging fields, written into the clip
+  Marker Timecode, Marker Name, Marker Comment, Marker Color
+                        one marker per group of these columns; repeat the
+                        group for more markers. Colors: red, orange, yellow,
+                        green, turquoise, blue, purple, pink
+  Aux TC 1, Aux TC 2    the clip's auxiliary timecodes
+
+Timecodes may be written 01:00:10:00, 01;00;10;00, 01.00.10.00 or as the
+number 1001000 (HHMMSSFF). Every <updatebehavior> of the document becomes
+"replaceoradd". OUTPUT may be XML itself; it is replaced only once the whole
+merge has succeeded, and left as it was on any error.)";
+
+constexpr const char* kFooter =
+    R"(Exit status: 0 merged; 1 error (the message says which clip and sheet row,
+and nothing is written); 2 wrong usage; 3 SHEET does not end in .xls or .xlsx.)";
+
+struct MergeOptions {
+  std::string sheet;
+  std::string xml;
+  std::string output;
+  bool quiet = false;
+};
+
+// A one-line bar on stderr, redrawn at most every tenth of a second and only when its percentage
+// changes; the last state is always drawn. Cleared when it goes away.
+class ProgressBar {
+ public:
+  ProgressBar() = default;
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar() { clear(); }
+
+  Progress callbacks() {
+    return {.set_indeterminate = {},
+            .set_double_value = [this](std::int64_t value) { value_ = value; },
+            .set_max_value = [this](std::int64_t max) { max_ = max; },
+            .increment_by = [this](std::int64_t step) { value_ += step; },
+            .display_if_needed = [this] { draw(); }};
+  }
+
+  void clear() {
+    if (!drawn_) return;
+    std::fputs("\r\033[K", stderr);
+    std::fflush(stderr);
+    drawn_ = false;
+  }
+
+ private:
+  static constexpr auto kInterval = std::chrono::milliseconds(100);
+  static constexpr int kWidth = 30;
+
+  void draw() {
+    const std::int64_t percent = max_ > 0 ? value_ * 100 / max_ : 100;
+    const auto now = std::chrono::steady_clock::now();
+    const bool last = value_ >= max_;
+    if (percent == shown_percent_ || (!last && drawn_ && now - drawn_at_ < kInterval)) return;
+    const auto filled = static_cast<std::size_t>(percent * kWidth / 100);
+    std::fputs(fmt::format("\rmerging clips [{:#<{}}{:.<{}}] {:3}% {}/{}", "", filled, "",
+                           kWidth - filled, percent, value_, max_)
+                   .c_str(),
+               stderr);
+    std::fflush(stderr);
+    shown_percent_ = percent;
+    drawn_at_ = now;
+    drawn_ = true;
+  }
+
+  std::int64_t value_ = 0;
+  std::int64_t max_ = 0;
+  std::int64_t shown_percent_ = -1;
+  std::chrono::steady_clock::time_point drawn_at_;
+  bool drawn_ = false;
+};
+
+std::string counted(std::size_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string summary(const MergeReport& report, const std::string& output) {
+  return fmt::format("merged {} ({} changed, {} made, {} added); {} matched no clip; wrote {}",
+                     counted(report.clips_visited, "clip"), report.clips_changed,
+                     counted(report.subclips_made, "subclip"),
+                     counted(report.markers_added, "marker"),
+                     counted(report.rows_unmatched, "sheet row"), output);
+}
+
+int run_merge(const MergeOptions& options) {
+  // A file size limit must make write() fail (and the merge with it), not kill the process.
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::optional<ProgressBar> bar;
+  Host host;
+  if (!options.quiet && isatty(STDERR_FILENO)) host.progress = bar.emplace().callbacks();
+
+  const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
+  if (bar) bar->clear();
+  if (report.outcome == Outcome::not_a_log_sheet) {
+    std::fputs(fmt::format("pellago: {} is not a log sheet: pellago reads Excel workbooks whose "
+                           "name ends in .xls or .xlsx\n",
+                           options.sheet)
+                   .c_str(),
+               stderr);
+    return kExitNotALogSheet;
+  }
+  std::fputs(fmt::format("{}\n", summary(report, options.output)).c_str(), stdout);
+  return kExitOk;
+}
+
+}  // namespace
+
+void add_merge_command(CLI::App& app, int& status) {
+  auto options = std::make_shared<MergeOptions>();
+  CLI::App* merge = app.add_subcommand("merge", "Merge a log sheet into a Final Cut Pro XML file");
+  merge->description(kDescription);
+  merge->footer(kFooter);
+  merge->add_option("SHEET", options->sheet, "The log sheet (.xls or .xlsx)")->required();
+  merge->add_option("XML", options->xml, "The Final Cut Pro XML document to merge into")
+      ->required();
+  merge->add_option("OUTPUT", options->output, "Where to write the merged document")->required();
+  merge->add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+  merge->callback([options, &status] { status = run_merge(*options); });
+}
 
 }  // namespace pellago::cli

@@ -1,0 +1,87 @@
+#include "merge/add_log_notes.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "document/document.hpp"
+#include "error.hpp"
+#include "merge/clip_match.hpp"
+#include "merge/log_sheet.hpp"
+#include "merge/output_file.hpp"
+
+namespace pellago {
+
+namespace {
+
+std::vector<LogRow> read_rows(const Workbook& workbook, const std::vector<Cell>& headers,
+                              const std::string& sheet_path) {
+  try {
+    return read_log_rows(workbook, headers);
+  } catch (const Error& error) {
+    throw Error(fmt::format("{}: {}", sheet_path, error.what()), error.system_error);
+  }
+}
+
+void set_update_behaviors(const Document& document) {
+  for (Element behavior : document.all("updatebehavior")) behavior.set_text("replaceoradd");
+}
+
+void set_up_progress(const Host& host, std::size_t clips) {
+  if (!host.progress) return;
+  const Progress& progress = *host.progress;
+  if (progress.set_indeterminate) progress.set_indeterminate(false);
+  if (progress.set_double_value) progress.set_double_value(0);
+  if (progress.set_max_value) progress.set_max_value(static_cast<std::int64_t>(clips));
+  if (progress.display_if_needed) progress.display_if_needed();
+}
+
+bool is_blank(const LogRow& row) {
+  return row.markers.empty() &&
+         std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
+}
+
+std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
+                                 const std::vector<bool>& row_used) {
+  std::size_t unmatched = 0;
+  for (std::size_t position = 0; position < rows.size(); ++position) {
+    if (!row_used[position] && !is_blank(rows[position])) ++unmatched;
+  }
+  return unmatched;
+}
+
+std::string with_final_line_feed(std::string text) {
+  if (text.empty() || text.back() != '\n') text += '\n';
+  return text;
+}
+
+}  // namespace
+
+MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
+                          const std::string& output_path, const Host& host) {
+  const SheetKind kind = sheet_kind(sheet_path);
+  if (kind == SheetKind::not_a_log_sheet) return {};
+
+  const Workbook workbook = open_workbook(sheet_path, kind);
+  const std::vector<Cell> headers = read_header_row(workbook);
+  if (host.set_column_headers) host.set_column_headers(headers);
+  const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
+
+  Document document = Document::parse_file(xml_path);
+  set_update_behaviors(document);
+  const std::vector<Element> clips = document.all("clip");
+  set_up_progress(host, clips.size());
+
+  MergeReport report{.outcome = Outcome::merged};
+  const RowsByName index = index_rows_by_name(rows);
+  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size())};
+  for (std::size_t position = 0; position < clips.size(); ++position) {
+    visit_clip(clips[position], position, run);
+  }
+  report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
+
+  write_file_replacing(output_path, with_final_line_feed(document.write()));
+  return report;
+}
+
+}  // namespace pellago

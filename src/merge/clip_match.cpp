@@ -1,0 +1,93 @@
+#include "merge/clip_match.hpp"
+
+#include <fmt/format.h>
+
+#include "error.hpp"
+#include "merge/aux_timecodes.hpp"
+#include "merge/logging_fields.hpp"
+#include "merge/markers.hpp"
+#include "merge/subclips.hpp"
+#include "timecode/clip_timing.hpp"
+
+namespace pellago {
+
+namespace {
+
+void count_on_progress(const Host& host) {
+  if (!host.progress) return;
+  if (host.progress->increment_by) host.progress->increment_by(1);
+  if (host.progress->display_if_needed) host.progress->display_if_needed();
+}
+
+const FrameRates& frame_rates(const Host& host) {
+  return host.frame_rates ? host.frame_rates() : FRAME_RATES;
+}
+
+// The row at row position j of the clip, applied to its target clip (match.clips[j]).
+void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& run) {
+  const LogRow& row = run.rows[match.rows[j]];
+  const Element target = match.clips[j];
+  clear_empty_in_out(row, target);
+  if (match.several && j == 0) {
+    make_subclip_copies(match);
+    run.report.subclips_made += match.clips.size() - 1;
+  }
+  // A clip standing further down the document than the sheet has rows keeps everything else.
+  if (position >= run.rows.size()) return;
+
+  const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host));
+  const std::int64_t clip_duration = read_clip_duration(target);
+  if (match.several) apply_subclip(row, target, timing, clip_duration);
+  apply_logging_fields(target, row, run.document);
+  apply_markers(target, row, timing);
+  run.report.markers_added += row.markers.size();
+  apply_aux_timecodes(target, row, timing);
+}
+
+std::string describe(const ClipMatch& match, std::size_t row) {
+  return fmt::format("clip \"{}\" ({}, sheet row {})", match.name,
+                     match.id ? "id " + *match.id : "no id", row + 2);
+}
+
+}  // namespace
+
+RowsByName index_rows_by_name(const std::vector<LogRow>& rows) {
+  RowsByName index;
+  for (std::size_t position = 0; position < rows.size(); ++position) {
+    if (const std::string* name = rows[position].field("Name")) index[*name].push_back(position);
+  }
+  return index;
+}
+
+std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index) {
+  ClipMatch match;
+  match.clip = clip;
+  match.id = clip.attribute("id");
+  const Element name = clip.first("name");
+  if (!name) return std::nullopt;
+  match.name = name.text();
+  if (auto found = index.find(match.name); found != index.end()) match.rows = found->second;
+  match.several = match.rows.size() > 1;
+  match.clips = {clip};
+  return match;
+}
+
+void visit_clip(Element clip, std::size_t position, MergeRun& run) {
+  ++run.report.clips_visited;
+  count_on_progress(run.host);
+  std::optional<ClipMatch> match = match_clip(clip, run.index);
+  if (!match || match->rows.empty()) return;
+
+  ++run.report.clips_changed;
+  for (std::size_t j = 0; j < match->rows.size(); ++j) {
+    const std::size_t row = match->rows[j];
+    run.row_used[row] = true;
+    try {
+      apply_row(*match, j, position, run);
+    } catch (const Error& error) {
+      throw Error(fmt::format("{}: {}", describe(*match, row), error.what()), error.system_error);
+    }
+  }
+}
+
+}  // namespace pellago

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "document/document.hpp"
+#include "merge/add_log_notes.hpp"
+#include "merge/log_sheet.hpp"
+
+namespace pellago {
+
+// Row positions (0-based, into the sheet's row list) by "Name" text, each list in sheet order.
+// Rows of a sheet without a "Name" column are in no list.
+using RowsByName = std::unordered_map<std::string, std::vector<std::size_t>>;
+
+RowsByName index_rows_by_name(const std::vector<LogRow>& rows);
+
+// One visited clip and the rows that name it.
+struct ClipMatch {
+  Element clip;
+  std::optional<std::string> id;
+  std::string name;
+  std::vector<std::size_t> rows;  // positions of the matching rows, sheet order
+  bool several = false;           // more than one matching row
+  // The target clips: the clip for the first row, then one copy per further row.
+  std::vector<Element> clips;
+};
+
+// The clip's id, name text and matching rows; none when the clip has no name element.
+std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index);
+
+// Everything one merge shares between clip visits.
+struct MergeRun {
+  const std::vector<LogRow>& rows;
+  const RowsByName& index;
+  Document& document;
+  const Host& host;
+  MergeReport& report;
+  std::vector<bool> row_used;  // row_used[i]: row i named at least one clip
+};
+
+// Counts the clip on the progress bar, matches it and applies each matching row to its target
+// clip. Any error while a row is applied is rethrown naming the clip and the sheet row.
+void visit_clip(Element clip, std::size_t position, MergeRun& run);
+
+}  // namespace pellago

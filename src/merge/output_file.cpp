@@ -1,0 +1,123 @@
+#include "merge/output_file.hpp"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "error.hpp"
+
+namespace pellago {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// As many links as the kernel follows before it gives up with ELOOP.
+constexpr int kMaxLinks = 40;
+
+[[noreturn]] void fail(const std::string& what, int error) {
+  throw Error(fmt::format("cannot {}: {}", what, std::strerror(error)), error);
+}
+
+// The path a chain of symbolic links ends at; a relative link is taken from the link's folder.
+fs::path follow_links(const std::string& path) {
+  fs::path current = path;
+  for (int hops = 0; hops < kMaxLinks; ++hops) {
+    struct stat status;
+    if (lstat(current.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return current;
+    std::error_code error;
+    const fs::path target = fs::read_symlink(current, error);
+    if (error) fail(fmt::format("follow the link {}", current.string()), error.value());
+    current = target.is_absolute() ? target : current.parent_path() / target;
+  }
+  fail(fmt::format("follow the links from {}", path), ELOOP);
+}
+
+// The permission bits of the file being replaced, or those a new file would be created with.
+mode_t permissions_for(const fs::path& target) {
+  struct stat status;
+  if (stat(target.c_str(), &status) == 0) return status.st_mode & 07777;
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+// A file created next to the target; removed again unless it has been renamed over the target.
+class TemporaryFile {
+ public:
+  TemporaryFile(const fs::path& target, const std::string& output) : output_(output) {
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    std::string pattern = (folder / fmt::format(".{}.XXXXXX", target.filename().string())).string();
+    fd_ = mkstemp(pattern.data());
+    if (fd_ < 0) {
+      fail(fmt::format("create a temporary file in {} to write {}", folder.string(), output),
+           errno);
+    }
+    path_ = pattern;
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    if (fd_ >= 0) close(fd_);
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+
+  void write_all(std::string_view bytes) {
+    while (!bytes.empty()) {
+      const ssize_t written = write(fd_, bytes.data(), bytes.size());
+      if (written < 0 && errno == EINTR) continue;
+      if (written < 0) fail(fmt::format("write {}", output_), errno);
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+  }
+
+  void finish(mode_t permissions) {
+    if (fsync(fd_) != 0) fail(fmt::format("write {}", output_), errno);
+    if (fchmod(fd_, permissions) != 0)
+      fail(fmt::format("set the permissions of {}", output_), errno);
+    const int fd = fd_;
+    fd_ = -1;
+    if (close(fd) != 0) fail(fmt::format("write {}", output_), errno);
+  }
+
+  void rename_over(const fs::path& target) {
+    if (std::rename(path_.c_str(), target.c_str()) != 0) {
+      fail(fmt::format("replace {}", output_), errno);
+    }
+    path_.clear();
+  }
+
+ private:
+  std::string output_;
+  std::string path_;
+  int fd_ = -1;
+};
+
+// Makes the rename itself durable; a folder that cannot be synced leaves the file written anyway.
+void sync_folder(const fs::path& target) {
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+  if (fd < 0) return;
+  fsync(fd);
+  close(fd);
+}
+
+}  // namespace
+
+void write_file_replacing(const std::string& path, std::string_view bytes) {
+  const fs::path target = follow_links(path);
+  const mode_t permissions = permissions_for(target);
+  TemporaryFile file(target, path);
+  file.write_all(bytes);
+  file.finish(permissions);
+  file.rename_over(target);
+  sync_folder(target);
+}
+
+}  // namespace pellago

@@ -1,0 +1,161 @@
+#include "merge/subclips.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "error.hpp"
+#include "timecode/read_integer.hpp"
+#include "timecode/to_frames.hpp"
+
+namespace pellago {
+
+namespace {
+
+// "media/audio/in" -> "<media><audio><in>"
+std::string element_path(std::string_view selector) {
+  std::string path;
+  for (std::size_t start = 0; start <= selector.size();) {
+    const std::size_t end = std::min(selector.find('/', start), selector.size());
+    path += fmt::format("<{}>", selector.substr(start, end - start));
+    start = end + 1;
+  }
+  return path;
+}
+
+Element required(Element scope, std::string_view selector, std::string_view purpose = {}) {
+  Element found = scope.first(selector);
+  if (!found) throw Error(fmt::format("no {} element{}", element_path(selector), purpose));
+  return found;
+}
+
+void set_if_present(Element scope, std::string_view selector, std::string_view text) {
+  if (Element found = scope.first(selector)) found.set_text(text);
+}
+
+bool is_empty_cell(const std::string* value) { return value && value->empty(); }
+
+bool holds_text(const std::string* value) { return value && !value->empty(); }
+
+void clear_point_if_empty(const LogRow& row, Element clip, std::string_view column,
+                          std::string_view point) {
+  if (!is_empty_cell(row.field(column))) return;
+  required(clip, point, fmt::format(" to clear for the empty \"{}\" cell", column)).set_text("-1");
+  set_if_present(clip, fmt::format("media/audio/{}", point), "-1");
+}
+
+std::string copy_id(const std::string& clip_id, std::size_t copy) {
+  return fmt::format("{} clip0{}", clip_id, copy);
+}
+
+std::string copy_clip_item_id(const std::string& clip_id, std::size_t copy, std::size_t item) {
+  return fmt::format("{} clipitem0{}{}", clip_id, copy, item);
+}
+
+Element append_renamed_copy(const ClipMatch& match, Element parent, std::size_t copy_number) {
+  Element copy = parent.append_child(match.clip.copy());
+  required(copy, "uuid", " to leave out of its copies").remove();
+  const std::string id = copy_id(*match.id, copy_number);
+  copy.set_attribute("id", id);
+  required(copy, "masterclipid", " to point its copies at themselves").set_text(id);
+  std::size_t item_number = 0;
+  for (Element item : copy.all("clipitem")) {
+    item.set_attribute("id", copy_clip_item_id(*match.id, copy_number, item_number++));
+    for (Element master : item.all("masterclipid")) master.set_text(id);
+  }
+  return copy;
+}
+
+// Frame counts of one subclip, relative to the clip's media.
+struct SubclipFrames {
+  std::int64_t duration;
+  std::int64_t start_offset;
+  std::int64_t end_offset;
+};
+
+SubclipFrames subclip_frames(const std::string& in, const std::string& out,
+                             const ClipTiming& timing, std::int64_t clip_duration) {
+  const double rate = rate_entry(timing).fcp_rate;
+  const std::int64_t first = to_frames(in, rate, timing.display_format) - timing.start_frame;
+  const std::int64_t end = to_frames(out, rate, timing.display_format) - timing.start_frame + 1;
+  return {end - first, std::max<std::int64_t>(first, 0),
+          std::max<std::int64_t>(clip_duration - end - 1, 0)};
+}
+
+void cut_clip(Element clip, std::int64_t duration) {
+  required(clip, "duration").set_text(std::to_string(duration));
+  required(clip, "in", " to clear for the subclip").set_text("-1");
+  required(clip, "out", " to clear for the subclip").set_text("-1");
+  set_if_present(clip, "media/audio/in", "-1");
+  set_if_present(clip, "media/audio/out", "-1");
+}
+
+std::string describe_clip_item(Element item, std::size_t ordinal) {
+  if (std::optional<std::string> id = item.attribute("id")) {
+    return fmt::format(" in its track clip item \"{}\"", *id);
+  }
+  return fmt::format(" in its track clip item {}", ordinal);
+}
+
+void cut_track_clip_item(Element item, std::size_t ordinal, const std::string& name,
+                         const SubclipFrames& frames) {
+  const std::string duration = std::to_string(frames.duration);
+  const std::array<std::pair<std::string_view, std::string_view>, 6> contents{{
+      {"name", name},
+      {"duration", duration},
+      {"in", "0"},
+      {"out", duration},
+      {"start", "0"},
+      {"end", duration},
+  }};
+  const std::string where = describe_clip_item(item, ordinal);
+  for (const auto& [selector, text] : contents) required(item, selector, where).set_text(text);
+  item.first("end").insert_after(Fragment::parse(fmt::format(
+      "<subclipinfo> <startoffset>{}</startoffset> <endoffset>{}</endoffset> </subclipinfo>",
+      frames.start_offset, frames.end_offset)));
+}
+
+}  // namespace
+
+void clear_empty_in_out(const LogRow& row, Element clip) {
+  clear_point_if_empty(row, clip, "In", "in");
+  clear_point_if_empty(row, clip, "Out", "out");
+}
+
+void make_subclip_copies(ClipMatch& match) {
+  for (Element link : match.clip.all("link")) link.remove();
+  if (!match.id) throw Error("no id attribute to build the ids of its subclip copies from");
+  const Element parent = match.clip.parent();
+  if (!parent)
+    throw Error("it is the document's root element, so its subclip copies have no place");
+  for (std::size_t copy_number = 1; copy_number < match.rows.size(); ++copy_number) {
+    match.clips.push_back(append_renamed_copy(match, parent, copy_number));
+  }
+}
+
+std::int64_t read_clip_duration(Element clip) {
+  return read_integer(required(clip, "duration").text());
+}
+
+void apply_subclip(const LogRow& row, Element clip, const ClipTiming& timing,
+                   std::int64_t clip_duration) {
+  const std::string* subclip_name = row.field("Subclip Name");
+  if (holds_text(subclip_name)) required(clip, "name").set_text(*subclip_name);
+  const std::string* in = row.field("In");
+  const std::string* out = row.field("Out");
+  if (!holds_text(in) || !holds_text(out)) return;
+
+  const SubclipFrames frames = subclip_frames(*in, *out, timing, clip_duration);
+  cut_clip(clip, frames.duration);
+  const std::string item_name = subclip_name ? *subclip_name : std::string();
+  std::size_t ordinal = 0;
+  for (Element item : clip.all("track/clipitem")) {
+    cut_track_clip_item(item, ++ordinal, item_name, frames);
+  }
+}
+
+}  // namespace pellago

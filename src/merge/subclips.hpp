@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+
+#include "document/document.hpp"
+#include "merge/clip_match.hpp"
+#include "merge/log_sheet.hpp"
+#include "timecode/clip_timing.hpp"
+
+namespace pellago {
+
+// An empty "In" cell sets the clip's first in (and first media/audio/in, if any) to -1; the same
+// for "Out". An absent column or a non-empty cell changes nothing.
+void clear_empty_in_out(const LogRow& row, Element clip);
+
+// For a clip with n > 1 matching rows: removes the clip's links, then appends n - 1 renamed deep
+// copies of it to its parent and to match.clips. Copy j gets the id "ID clip0j", no uuid, every
+// masterclipid set to that id, and clip item k the id "ID clipitem0jk".
+void make_subclip_copies(ClipMatch& match);
+
+// The integer in the clip's first duration element.
+std::int64_t read_clip_duration(Element clip);
+
+// Turns the target clip into the subclip the row describes: its "Subclip Name" and, when "In" and
+// "Out" both hold timecodes, its duration, cleared in and out, and on every track clip item new
+// name, duration, in, out, start, end and a subclipinfo with the offsets into the media.
+void apply_subclip(const LogRow& row, Element clip, const ClipTiming& timing,
+                   std::int64_t clip_duration);
+
+}  // namespace pellago
