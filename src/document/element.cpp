@@ -1,0 +1,187 @@
+#include <fmt/format.h>
+
+#include "document/document.hpp"
+#include "document/select.hpp"
+#include "document/unattached_nodes.hpp"
+#include "error.hpp"
+
+namespace pellago {
+
+namespace {
+
+const char* text_of(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+
+// Every operation on an empty handle (a lookup that found nothing) fails here, with what it
+// was meant to do, instead of dereferencing nothing.
+xmlNodePtr require(xmlNodePtr node, const char* action) {
+  if (!node) throw Error(fmt::format("cannot {}: the element is missing", action));
+  return node;
+}
+
+xmlNodePtr require_parent(xmlNodePtr node) {
+  if (!node->parent) {
+    throw Error(fmt::format("cannot insert next to <{}>: it is not in the document tree",
+                            text_of(node->name)));
+  }
+  return node->parent;
+}
+
+bool is_ancestor_or_self(xmlNodePtr ancestor, xmlNodePtr node) {
+  for (; node; node = node->parent) {
+    if (node == ancestor) return true;
+  }
+  return false;
+}
+
+std::vector<Element> to_elements(const std::vector<xmlNodePtr>& nodes) {
+  return {nodes.begin(), nodes.end()};
+}
+
+// The node to link under `parent` next to `anchor`: a node of another document is copied into
+// the parent's document; a node of the same document is detached from wherever it is.
+xmlNodePtr take_over(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr anchor) {
+  require(node, "insert a node");
+  if (node->doc != parent->doc) {
+    xmlNodePtr copy = xmlDocCopyNode(node, parent->doc, 1);
+    if (!copy) throw Error(fmt::format("cannot copy <{}>: out of memory", text_of(node->name)));
+    return copy;
+  }
+  if (node == anchor || is_ancestor_or_self(node, parent)) {
+    throw Error(fmt::format("cannot insert <{}> into itself", text_of(node->name)));
+  }
+  xmlUnlinkNode(node);
+  return node;
+}
+
+// Links `node` under `parent` between `prev` and `next` (either may be null). libxml2's own
+// xmlAdd* functions merge a text node into an adjacent text node and free it, which would
+// reorder a fragment's nodes and leave dangling handles; this never merges.
+xmlNodePtr link(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr prev, xmlNodePtr next) {
+  node->parent = parent;
+  node->prev = prev;
+  node->next = next;
+  (prev ? prev->next : parent->children) = node;
+  (next ? next->prev : parent->last) = node;
+  return node;
+}
+
+}  // namespace
+
+std::string Element::name() const {
+  return text_of(require(node_, "read the name of an element")->name);
+}
+
+Element Element::first(std::string_view selector) const {
+  auto found = select(require(node_, "search an element"), selector, Matches::first);
+  return found.empty() ? Element() : Element(found.front());
+}
+
+std::vector<Element> Element::all(std::string_view selector) const {
+  return to_elements(select(require(node_, "search an element"), selector, Matches::all));
+}
+
+Element Element::first_xpath(const std::string& expression) const {
+  auto found = select_xpath(require(node_, "search an element"), expression, Matches::first);
+  return found.empty() ? Element() : Element(found.front());
+}
+
+std::string Element::text() const {
+  xmlChar* content = xmlNodeGetContent(require(node_, "read the text of an element"));
+  if (!content) return {};
+  std::string text = text_of(content);
+  xmlFree(content);
+  return text;
+}
+
+// The replaced children are detached, not freed: they stay unattached nodes of the document, so a
+// handle to one of them never dangles.
+void Element::set_text(std::string_view text) const {
+  require(node_, "set the text of an element");
+  while (xmlNodePtr child = node_->children) {
+    xmlUnlinkNode(child);
+    track_unattached(child);
+  }
+  if (text.empty()) return;
+  xmlNodePtr node = xmlNewDocTextLen(node_->doc, reinterpret_cast<const xmlChar*>(text.data()),
+                                     static_cast<int>(text.size()));
+  if (!node) throw Error("cannot set the text of an element: out of memory");
+  link(node, node_, nullptr, nullptr);
+}
+
+std::optional<std::string> Element::attribute(const char* name) const {
+  xmlChar* value =
+      xmlGetProp(require(node_, "read an attribute"), reinterpret_cast<const xmlChar*>(name));
+  if (!value) return std::nullopt;
+  std::string text = text_of(value);
+  xmlFree(value);
+  return text;
+}
+
+void Element::set_attribute(const char* name, std::string_view value) const {
+  const std::string text(value);
+  if (!xmlSetProp(require(node_, "set an attribute"), reinterpret_cast<const xmlChar*>(name),
+                  reinterpret_cast<const xmlChar*>(text.c_str()))) {
+    throw Error(fmt::format("cannot set the attribute \"{}\" of <{}>", name, text_of(node_->name)));
+  }
+}
+
+Element Element::parent() const {
+  xmlNodePtr parent = require(node_, "find the parent of an element")->parent;
+  return parent && parent->type == XML_ELEMENT_NODE ? Element(parent) : Element();
+}
+
+Element Element::insert_before(Element node) const {
+  xmlNodePtr parent = require_parent(require(node_, "insert before an element"));
+  xmlNodePtr taken = take_over(node.node_, parent, node_);
+  return Element(link(taken, parent, node_->prev, node_));
+}
+
+Element Element::insert_after(Element node) const {
+  xmlNodePtr parent = require_parent(require(node_, "insert after an element"));
+  xmlNodePtr taken = take_over(node.node_, parent, node_);
+  return Element(link(taken, parent, node_, node_->next));
+}
+
+Element Element::append_child(Element node) const {
+  require(node_, "append to an element");
+  if (node_->type != XML_ELEMENT_NODE) {
+    throw Error(fmt::format("cannot append to a {} node: only elements hold children",
+                            text_of(node_->name)));
+  }
+  xmlNodePtr taken = take_over(node.node_, node_, node_);
+  return Element(link(taken, node_, node_->last, nullptr));
+}
+
+Element Element::insert_after(const Fragment& fragment) const {
+  Element first;
+  Element at = *this;
+  for (Element node : fragment.nodes) {
+    at = at.insert_after(node);
+    if (!first) first = at;
+  }
+  return first;
+}
+
+Element Element::append_child(const Fragment& fragment) const {
+  Element first;
+  for (Element node : fragment.nodes) {
+    Element appended = append_child(node);
+    if (!first) first = appended;
+  }
+  return first;
+}
+
+void Element::remove() const {
+  if (!require(node_, "remove an element")->parent) return;
+  xmlUnlinkNode(node_);
+  track_unattached(node_);
+}
+
+Element Element::copy() const {
+  xmlNodePtr copy = xmlDocCopyNode(require(node_, "copy an element"), node_->doc, 1);
+  if (!copy) throw Error(fmt::format("cannot copy <{}>: out of memory", text_of(node_->name)));
+  track_unattached(copy);
+  return Element(copy);
+}
+
+}  // namespace pellago
