@@ -1,22 +1,74 @@
 #include "merge/cell_text.hpp"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace pellago {
 
 namespace {
 
-// Enough for "-1.23456789012345e+308" with room to spare.
-using FloatBuffer = char[40];
+constexpr int kSignificantDigits = 15;
+
+// A finite double rounded to 15 significant digits: digits[0] is the one before the point.
+struct Decimal {
+  bool negative = false;
+  char digits[kSignificantDigits] = {};
+  int exponent = 0;
+};
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-// Where the mantissa of a printed float ends: at its 'e', or at the end of the text.
-char* mantissa_end(char* text) {
-  char* e = std::strchr(text, 'e');
-  return e ? e : text + std::strlen(text);
+Decimal to_decimal(double value) {
+  // "-d.dddddddddddddde+XX", rounded as printf rounds.
+  char text[32];
+  const char* end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific,
+                                  kSignificantDigits - 1)
+                        .ptr;
+  Decimal decimal;
+  const char* p = text;
+  decimal.negative = *p == '-';
+  if (decimal.negative) ++p;
+  decimal.digits[0] = p[0];
+  std::memcpy(decimal.digits + 1, p + 2, kSignificantDigits - 1);
+  p += kSignificantDigits + 1;  // at the 'e'
+  std::from_chars(p + 2, end, decimal.exponent);
+  if (p[1] == '-') decimal.exponent = -decimal.exponent;
+  return decimal;
+}
+
+// Drops the fraction's trailing zeros, keeping at least one digit after the point.
+char* drop_trailing_zeros(char* end) {
+  while (end[-1] == '0' && is_digit(end[-2])) --end;
+  return end;
+}
+
+char* write_fixed(const Decimal& decimal, char* out) {
+  const char* digits = decimal.digits;
+  if (decimal.exponent < 0) {
+    *out++ = '0';
+    *out++ = '.';
+    out = std::fill_n(out, -decimal.exponent - 1, '0');
+    out = std::copy_n(digits, kSignificantDigits, out);
+  } else {
+    out = std::copy_n(digits, decimal.exponent + 1, out);
+    *out++ = '.';
+    out = std::copy(digits + decimal.exponent + 1, digits + kSignificantDigits, out);
+  }
+  return drop_trailing_zeros(out);
+}
+
+char* write_exponent_form(const Decimal& decimal, char* out) {
+  *out++ = decimal.digits[0];
+  *out++ = '.';
+  out = drop_trailing_zeros(std::copy_n(decimal.digits + 1, kSignificantDigits - 1, out));
+  *out++ = 'e';
+  *out++ = decimal.exponent < 0 ? '-' : '+';
+  const int magnitude = std::abs(decimal.exponent);
+  if (magnitude < 10) *out++ = '0';
+  return std::to_chars(out, out + 3, magnitude).ptr;
 }
 
 }  // namespace
@@ -25,19 +77,15 @@ std::string float_text(double value) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value < 0 ? "-Infinity" : "Infinity";
 
-  FloatBuffer buffer;
-  std::snprintf(buffer, sizeof buffer, "%#.15g", value);
-  char* end = mantissa_end(buffer);
-  // Exactly 15 integer digits print as "123456789012345.": such numbers go to exponent form.
-  if (!is_digit(end[-1])) {
-    std::snprintf(buffer, sizeof buffer, "%#.14e", value);
-    end = mantissa_end(buffer);
-  }
-
-  char* kept = end;
-  while (kept[-1] == '0' && is_digit(kept[-2])) --kept;
-  std::memmove(kept, end, std::strlen(end) + 1);
-  return buffer;
+  // Fixed form for decimal exponents -4 .. 13. With 14, fixed form would end in the point
+  // ("123456789012345."), so exponent form is used there too.
+  const Decimal decimal = to_decimal(value);
+  char buffer[40];
+  char* out = buffer;
+  if (decimal.negative) *out++ = '-';
+  const bool fixed = decimal.exponent >= -4 && decimal.exponent <= 13;
+  out = fixed ? write_fixed(decimal, out) : write_exponent_form(decimal, out);
+  return std::string(buffer, out);
 }
 
 std::string cell_text(const Cell& cell) {

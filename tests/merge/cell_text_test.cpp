@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <random>
 #include <string>
@@ -14,16 +15,18 @@
 namespace pellago {
 namespace {
 
-// The same rules as float_text, derived differently: print with 15 significant digits in
-// exponent form, switch to fixed form when the decimal exponent lies in -4 .. 13, then trim the
-// fraction's zeros with std::string operations.
+// The interpreter's own recipe, over printf output and std::string operations: "%#.15g", or
+// "%#.14e" when that ends in the point, then the fraction's trailing zeros dropped.
 std::string reference_float_text(double value) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value < 0 ? "-Infinity" : "Infinity";
-  std::string text = fmt::format("{:.14e}", value);
-  const std::size_t e = text.find('e');
-  const int exponent = std::stoi(text.substr(e + 1));
-  if (exponent >= -4 && exponent <= 13) text = fmt::format("{:.{}f}", value, 14 - exponent);
+  const auto printed = [value](const char* format) {
+    char text[64];
+    std::snprintf(text, sizeof text, format, value);
+    return std::string(text);
+  };
+  std::string text = printed("%#.15g");
+  if (text[std::min(text.find('e'), text.size()) - 1] == '.') text = printed("%#.14e");
   const std::size_t mantissa_length = std::min(text.find('e'), text.size());
   std::string mantissa = text.substr(0, mantissa_length);
   std::size_t last_kept = mantissa.find_last_not_of('0');
