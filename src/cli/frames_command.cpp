@@ -1,7 +1,61 @@
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
 #include "cli/commands.hpp"
+#include "timecode/to_frames.hpp"
 
 namespace pellago::cli {
 
-void add_frames_command(CLI::App&, int&) {}
+namespace {
+
+struct FramesArguments {
+  std::string timecode;
+  double rate = 0;
+  std::string display_format;
+};
+
+}  // namespace
+
+void add_frames_command(CLI::App& app, int& status) {
+  CLI::App* frames = app.add_subcommand(
+      "frames",
+      "Print the frame count of a timecode, counted from 00:00:00:00, as the merge "
+      "converts in and out points, markers and auxiliary timecodes.");
+  auto arguments = std::make_shared<FramesArguments>();
+  frames
+      ->add_option("TIMECODE", arguments->timecode,
+                   "The timecode as written in the log sheet: hours, minutes, seconds and frames "
+                   "separated by \":\", \";\" or \".\" (01:00:00;00, 01.00.00.12, 02:03:04), a "
+                   "number with a point (1000012.0 is 01:00:00:12, 12.5 is 12 seconds 5 frames) "
+                   "or a bare frame count (250)")
+      ->required();
+  frames
+      ->add_option("RATE", arguments->rate,
+                   "Frames per second, rounded to a whole number: 23.976, 24, 25, 29.97, 30, "
+                   "59.94 or 60")
+      ->required();
+  frames
+      ->add_option("FORMAT", arguments->display_format,
+                   "DF for drop-frame counting; anything else, normally NDF, counts every frame")
+      ->required();
+  frames->footer(
+      "Examples:\n"
+      "  pellago frames '01:00:00;00' 29.97 DF    prints 107892\n"
+      "  pellago frames 01:00:00:00 25 NDF        prints 90000\n"
+      "  pellago frames 1000012.0 25 NDF          prints 90012\n\n"
+      "Quote a timecode with \";\" from the shell. Every text gives a number: fields without "
+      "digits count as 0. Put -- before the arguments when the timecode starts with \"-\".\n\n"
+      "Exit status: 0 done, 2 wrong usage.");
+  frames->callback([arguments, &status] {
+    const std::int64_t count =
+        to_frames(arguments->timecode, arguments->rate, arguments->display_format);
+    std::fputs(fmt::format("{}\n", count).c_str(), stdout);
+    status = kExitOk;
+  });
+}
 
 }  // namespace pellago::cli

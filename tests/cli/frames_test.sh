@@ -1,0 +1,65 @@
+#!/usr/bin/env bash
+# Checks `pellago frames`: the printed count (one line) of every worked conversion, and exit
+# status 2 with nothing on standard output for wrong usage.
+# Usage: frames_test.sh PATH_OF_PELLAGO
+set -u
+pellago=$1
+failures=0
+
+fail() {
+  echo "FAIL: $*"
+  failures=$((failures + 1))
+}
+
+# expect_frames EXPECTED TIMECODE RATE FORMAT
+expect_frames() {
+  local expected=$1
+  shift
+  local output status
+  # The trailing "x" keeps the newline that command substitution would strip.
+  output=$("$pellago" frames "$@"; status=$?; echo x; exit $status)
+  status=$?
+  if [[ $status -ne 0 || $output != "$expected"$'\n'x ]]; then
+    fail "pellago frames $(printf '%q ' "$@")printed '${output%x}' (status $status), expected $expected"
+  fi
+}
+
+# expect_usage_error ARGUMENT...
+expect_usage_error() {
+  local output status
+  output=$("$pellago" frames "$@" 2>/dev/null)
+  status=$?
+  if [[ $status -ne 2 || -n $output ]]; then
+    fail "pellago frames $(printf '%q ' "$@")printed '$output' (status $status), expected status 2"
+  fi
+}
+
+expect_frames 90000 01:00:00:00 25 NDF
+expect_frames 108000 01:00:00:00 29.97 NDF
+expect_frames 108000 '01;00;00;00' 29.97 NDF
+expect_frames 107892 '01:00:00;00' 29.97 DF
+expect_frames 1800 '00:01:00;02' 29.97 DF
+expect_frames 17981 '00:09:59;29' 29.97 DF
+expect_frames 17982 '00:10:00;00' 29.97 DF
+expect_frames 215784 '01:00:00;00' 59.94 DF
+expect_frames 1499 00:01:00:00 25 DF
+expect_frames 90012 01.00.00.12 25 NDF
+expect_frames 3694 02:03:04 30 NDF
+expect_frames 90012 1000012.0 25 NDF
+expect_frames 90000 10000.0 25 NDF
+expect_frames 305 12.5 25 NDF
+expect_frames 1000012 01000012 25 NDF
+expect_frames 93079 1:2:3:4:5 25 NDF
+expect_frames 108000 01:00:00: 30 NDF
+expect_frames 0 '' 25 NDF
+expect_frames -1495 -- -100.5 25 NDF
+
+expect_usage_error 01:00:00:00 25
+expect_usage_error 01:00:00:00 fast NDF
+expect_usage_error 01:00:00:00 25 NDF extra
+
+if [[ $failures -ne 0 ]]; then
+  echo "$failures check(s) of pellago frames failed"
+  exit 1
+fi
+echo "pellago frames: all checks passed"
