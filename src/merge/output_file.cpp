@@ -33,10 +33,10 @@ fs::path follow_links(const std::string& path) {
     if (lstat(current.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return current;
     std::error_code error;
     const fs::path target = fs::read_symlink(current, error);
-    if (error) fail(fmt::format("follow the link {}", current.string()), error.value());
+    if (error) fail(fmt::format("follow the link \"{}\"", current.string()), error.value());
     current = target.is_absolute() ? target : current.parent_path() / target;
   }
-  fail(fmt::format("follow the links from {}", path), ELOOP);
+  fail(fmt::format("follow the links from \"{}\"", path), ELOOP);
 }
 
 // The permission bits of the file being replaced, or those a new file would be created with.
@@ -56,8 +56,9 @@ class TemporaryFile {
     std::string pattern = (folder / fmt::format(".{}.XXXXXX", target.filename().string())).string();
     fd_ = mkstemp(pattern.data());
     if (fd_ < 0) {
-      fail(fmt::format("create a temporary file in {} to write {}", folder.string(), output),
-           errno);
+      fail(
+          fmt::format("create a temporary file in \"{}\" to write \"{}\"", folder.string(), output),
+          errno);
     }
     path_ = pattern;
   }
@@ -72,23 +73,23 @@ class TemporaryFile {
     while (!bytes.empty()) {
       const ssize_t written = write(fd_, bytes.data(), bytes.size());
       if (written < 0 && errno == EINTR) continue;
-      if (written < 0) fail(fmt::format("write {}", output_), errno);
+      if (written < 0) fail(fmt::format("write \"{}\"", output_), errno);
       bytes.remove_prefix(static_cast<std::size_t>(written));
     }
   }
 
   void finish(mode_t permissions) {
-    if (fsync(fd_) != 0) fail(fmt::format("write {}", output_), errno);
+    if (fsync(fd_) != 0) fail(fmt::format("write \"{}\"", output_), errno);
     if (fchmod(fd_, permissions) != 0)
-      fail(fmt::format("set the permissions of {}", output_), errno);
+      fail(fmt::format("set the permissions of \"{}\"", output_), errno);
     const int fd = fd_;
     fd_ = -1;
-    if (close(fd) != 0) fail(fmt::format("write {}", output_), errno);
+    if (close(fd) != 0) fail(fmt::format("write \"{}\"", output_), errno);
   }
 
   void rename_over(const fs::path& target) {
     if (std::rename(path_.c_str(), target.c_str()) != 0) {
-      fail(fmt::format("replace {}", output_), errno);
+      fail(fmt::format("replace \"{}\"", output_), errno);
     }
     path_.clear();
   }
