@@ -139,9 +139,9 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
               HasSubstr("column B (2) has no header text"));
   EXPECT_THAT(error_of(sheet({{"Name", "Scene", "In", 12.0}, {"C001"}})),
               HasSubstr("column D (4) header is the number 12.0, not text"));
-  Row wide(28, Cell{"Scene"});
-  wide[27] = Cell{};
-  wide.push_back("Name");
+  Row wide(27, Cell{"Scene"});
+  wide.emplace_back();
+  wide.emplace_back("Name");
   EXPECT_THAT(error_of(sheet({wide, {"C001"}})), HasSubstr("column AB (28)"));
 
   const Workbook header_only = sheet({{"Name", Cell{}, "Scene"}});
