@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include "document/document.hpp"
+#include "document_test_support.hpp"
+#include "error.hpp"
+
+namespace pellago {
+namespace {
+
+using test::parse_body;
+
+std::vector<std::string> texts(const std::vector<Element>& elements) {
+  std::vector<std::string> result;
+  for (Element element : elements) result.push_back(element.text());
+  return result;
+}
+
+constexpr std::string_view kClip = R"(<xmeml><clip id="c1">
+  <media><video><track><clipitem><in>5</in><rate><timebase>30</timebase></rate></clipitem></track></video></media>
+  <in>7</in>
+  <rate><timebase>24</timebase></rate>
+  <logginginfo><good>a</good></logginginfo>
+  <label>direct</label>
+  <labels><label2>two</label2></labels>
+  <logginginfo><good>b</good><scene>s</scene></logginginfo>
+  <timecode><source>aux2</source><frame>2</frame></timecode>
+  <timecode><source>aux1</source><frame>1</frame></timecode>
+</clip></xmeml>)";
+
+TEST(Selectors, FirstMatchIsFirstInDocumentOrderAtAnyDepth) {
+  Document document = parse_body(kClip);
+  Element clip = document.first("clip");
+  EXPECT_EQ(clip.first("in").text(), "5");
+  EXPECT_EQ(clip.first("rate/timebase").text(), "30");
+  EXPECT_EQ(texts(clip.all("in")), (std::vector<std::string>{"5", "7"}));
+  EXPECT_EQ(texts(clip.all("logginginfo/good")), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(texts(clip.all("media/video/track/clipitem/rate/timebase")),
+            (std::vector<std::string>{"30"}));
+  EXPECT_FALSE(clip.first("missing"));
+  EXPECT_TRUE(clip.all("missing").empty());
+}
+
+TEST(Selectors, NameChainsNeedEveryParentStepStrictlyBelowTheReceiver) {
+  Document document = parse_body(kClip);
+  Element clip = document.first("clip");
+  EXPECT_FALSE(clip.first("labels/label"));
+  EXPECT_EQ(clip.first("labels/label2").text(), "two");
+  EXPECT_FALSE(clip.first("clip/in"));
+  EXPECT_FALSE(clip.first("clip"));
+  EXPECT_FALSE(clip.first("xmeml/clip"));
+  EXPECT_EQ(document.first("xmeml/clip"), clip);
+  EXPECT_EQ(document.first("xmeml"), document.root());
+  EXPECT_FALSE(clip.first("IN"));
+}
+
+TEST(Selectors, XPathSelectorsUseTheReceiverAsContextNode) {
+  Document document = parse_body(kClip);
+  Element clip = document.first("clip");
+  EXPECT_EQ(clip.first("./in").text(), "7");
+  EXPECT_EQ(clip.first("."), clip);
+  EXPECT_EQ(clip.first(".."), document.root());
+  EXPECT_EQ(clip.first("/xmeml"), document.root());
+  EXPECT_EQ(clip.first_xpath(".//timecode[source=\"aux1\"]").first("frame").text(), "1");
+  EXPECT_FALSE(clip.first_xpath(".//timecode[source=\"aux3\"]"));
+  EXPECT_EQ(document.first_xpath("//label2").text(), "two");
+  EXPECT_EQ(texts(clip.all("./logginginfo/*")), (std::vector<std::string>{"a", "b", "s"}));
+  EXPECT_EQ(clip.first("logginginfo//scene").text(), "s");
+  EXPECT_THROW(clip.first_xpath(".//timecode["), Error);
+}
+
+TEST(Selectors, LookupsSeeTheTreeAsItIsNow) {
+  Document document = parse_body("<clip><media/></clip>");
+  Element clip = document.root();
+  EXPECT_FALSE(clip.first("marker"));
+  Element marker = clip.first("media").insert_after(document.create_element("marker"));
+  EXPECT_EQ(clip.first("marker"), marker);
+  marker.remove();
+  EXPECT_FALSE(clip.first("marker"));
+}
+
+TEST(Selectors, EntityReferencesAreNotSearchedAndTextReadsThem) {
+  Document document = parse_body(
+      "<!DOCTYPE xmeml [<!ENTITY crew \"<name>Crew</name>\">]>"
+      "<xmeml><clip>&crew;<name>Own</name></clip></xmeml>");
+  Element clip = document.first("clip");
+  EXPECT_EQ(texts(clip.all("name")), (std::vector<std::string>{"Own"}));
+  EXPECT_EQ(clip.text(), "CrewOwn");
+}
+
+}  // namespace
+}  // namespace pellago
