@@ -6,7 +6,6 @@
 #include <array>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "error.hpp"
 
@@ -73,10 +72,7 @@ std::string element_path(std::string_view selector) {
 }
 
 void set_every_match(Element clip, const LoggingField& field, const std::string& text) {
-  // Last to first: should one match hold another, the inner one is set before the outer one's
-  // new text replaces it, so no handle is used after its element has been replaced.
-  std::vector<Element> matches = clip.all(field.selector);
-  std::for_each(matches.rbegin(), matches.rend(), [&](Element element) { element.set_text(text); });
+  for (Element element : clip.all(field.selector)) element.set_text(text);
 }
 
 void set_required(Element clip, const LoggingField& field, const std::string& text) {

@@ -1,0 +1,85 @@
+#include "merge/logging_fields.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "error.hpp"
+#include "steps_support.hpp"
+
+namespace pellago {
+namespace {
+
+using steps_test::make_row;
+using steps_test::read_data;
+using steps_test::replace_all;
+
+std::string logged(const std::string& xml, const LogRow& row) {
+  Document document = Document::parse_string(xml);
+  apply_logging_fields(document.first("clip"), row, document);
+  return document.write();
+}
+
+// steps_clip.xml logs scene, take, note and good both on the clip and on its clip item, and
+// labels on both; it has a clipcommenta but no description, defaultangle or clipcommentb.
+TEST(LoggingFields, EveryMatchFieldsSetAllAndFirstMatchFieldsSetOrCreateTheFirst) {
+  const LogRow row = make_row({{"Name", "A001_C003_0612XY"},
+                               {"Good", "Yes"},
+                               {"Label", "Circle"},
+                               {"Label 2", "VFX"},
+                               {"Description", "Wide, dolly in"},
+                               {"Scene", "14A"},
+                               {"Shot/Take", "2"},
+                               {"Angle", "B"},
+                               {"Log Note", "Boom in shot"},
+                               {"Master Comment 1", "Day 12"},
+                               {"Master Comment 4", "Reel A001"},
+                               {"Comment 1", "Focus soft"},
+                               {"Comment 2", "Use for trailer"}});
+  EXPECT_EQ(logged(read_data("steps_clip.xml"), row), read_data("steps_clip_logged.xml"));
+}
+
+TEST(LoggingFields, CreatedLabelPrecedesLabel2AndCreatedClipCommentsFollowMasterComment4) {
+  const LogRow row = make_row(
+      {{"Label", "Circle"}, {"Label 2", "Selects"}, {"Comment 1", "a"}, {"Comment 2", "b"}});
+  EXPECT_EQ(logged(read_data("steps_labels_clip.xml"), row),
+            read_data("steps_labels_clip_logged.xml"));
+}
+
+TEST(LoggingFields, GoodIsTrueOnlyForYesOrYInAnyLetterCase) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"yes", "TRUE"}, {"Y", "TRUE"},     {"y", "TRUE"},     {"YES", "TRUE"},
+      {"yEs", "TRUE"}, {" yes", "FALSE"}, {"yes ", "FALSE"}, {"true", "FALSE"},
+      {"1", "FALSE"},  {"", "FALSE"},     {"yess", "FALSE"}};
+  for (const auto& [cell, flag] : cases) {
+    Document document = Document::parse_string(read_data("steps_clip.xml"));
+    Element clip = document.first("clip");
+    apply_logging_fields(clip, make_row({{"Good", cell}}), document);
+    for (Element good : clip.all("logginginfo/good")) EXPECT_EQ(good.text(), flag) << cell;
+  }
+}
+
+TEST(LoggingFields, AbsentColumnsAreSkippedAndEmptyCellsClearTheirElements) {
+  const std::string clip = read_data("steps_clip.xml");
+  const LogRow row = make_row({{"good", "yes"}, {"Label2", "VFX"}, {"Scene", ""}});
+  EXPECT_EQ(logged(clip, row), replace_all(clip, "<scene>12</scene>", "<scene/>"));
+}
+
+TEST(LoggingFields, MissingElementsAndAnchorsFailNamingThem) {
+  const std::string bare = R"(<xmeml version="5"><clip id="C003"><name>C003</name></clip></xmeml>)";
+  const std::pair<std::string, std::string> cases[] = {
+      {"Label 2", R"(no <labels><label2> element to hold "Label 2")"},
+      {"Label", R"(no <labels><label> element for "Label", and no <labels><label2> element )"
+                R"(to insert one before)"},
+      {"Comment 2", R"(no <comments><clipcommentb> element for "Comment 2", and no )"
+                    R"(<comments><mastercomment4> element to insert one after)"}};
+  for (const auto& [header, message] : cases) {
+    EXPECT_THAT(
+        [&] {
+          logged(bare, make_row({{header, "x"}}));
+        },
+        testing::ThrowsMessage<Error>(testing::StrEq(message)));
+  }
+}
+
+}  // namespace
+}  // namespace pellago
