@@ -1,6 +1,13 @@
 #include "workbook/workbook.hpp"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <filesystem>
+
+#include "error.hpp"
+#include "workbook/xls_reader.hpp"
+#include "workbook/xlsx_reader.hpp"
 
 namespace pellago {
 
@@ -11,7 +18,10 @@ const Cell kEmpty;
 const Cell& Workbook::cell(int row, int column) const {
   if (row < 1 || column < 1 || row > last_row()) return kEmpty;
   const auto& cells = rows_[row - 1];
-  return static_cast<std::size_t>(column) <= cells.size() ? cells[column - 1] : kEmpty;
+  const auto found =
+      std::lower_bound(cells.begin(), cells.end(), column,
+                       [](const Entry& entry, int wanted) { return entry.column < wanted; });
+  return found != cells.end() && found->column == column ? found->value : kEmpty;
 }
 
 int Workbook::last_row() const { return static_cast<int>(rows_.size()); }
@@ -20,11 +30,26 @@ int Workbook::last_column() const { return last_column_; }
 
 void Workbook::set_cell(int row, int column, Cell value) {
   if (row < 1 || column < 1 || std::holds_alternative<std::monostate>(value)) return;
-  if (static_cast<std::size_t>(row) > rows_.size()) rows_.resize(row);
+  if (static_cast<std::size_t>(row) > rows_.size()) {
+    // Readers go row by row: a new row is likely as wide as the one before it.
+    const std::size_t width = rows_.empty() ? 0 : rows_.back().size();
+    rows_.resize(row);
+    rows_.back().reserve(width);
+  }
   auto& cells = rows_[row - 1];
-  if (static_cast<std::size_t>(column) > cells.size()) cells.resize(column);
-  cells[column - 1] = std::move(value);
-  if (column > last_column_) last_column_ = column;
+  if (cells.empty() || cells.back().column < column) {
+    cells.push_back({column, std::move(value)});
+  } else {
+    const auto found =
+        std::lower_bound(cells.begin(), cells.end(), column,
+                         [](const Entry& entry, int wanted) { return entry.column < wanted; });
+    if (found->column == column) {
+      found->value = std::move(value);
+    } else {
+      cells.insert(found, {column, std::move(value)});
+    }
+  }
+  last_column_ = std::max(last_column_, column);
 }
 
 SheetKind sheet_kind(const std::string& path) {
@@ -34,6 +59,17 @@ SheetKind sheet_kind(const std::string& path) {
   if (extension == ".xls") return SheetKind::xls;
   if (extension == ".xlsx") return SheetKind::xlsx;
   return SheetKind::not_a_log_sheet;
+}
+
+Workbook open_workbook(const std::string& path, SheetKind kind) {
+  if (kind == SheetKind::not_a_log_sheet) {
+    throw Error(fmt::format("{}: not a log sheet: its extension is neither .xls nor .xlsx", path));
+  }
+  Workbook sheet = kind == SheetKind::xls ? read_xls(path) : read_xlsx(path);
+  if (sheet.last_row() == 0) {
+    throw Error(fmt::format("{}: the first worksheet has no cell in use", path));
+  }
+  return sheet;
 }
 
 }  // namespace pellago

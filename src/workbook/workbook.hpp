@@ -22,7 +22,13 @@ class Workbook {
   void set_cell(int row, int column, Cell value);
 
  private:
-  std::vector<std::vector<Cell>> rows_;  // rows_[r - 1][c - 1], each row only as long as it is used
+  struct Entry {
+    int column;
+    Cell value;
+  };
+  // rows_[r - 1] holds the cells of row r that have a value, by ascending column: memory follows
+  // the cells in use, not the sheet's extent.
+  std::vector<std::vector<Entry>> rows_;
   int last_column_ = 0;
 };
 

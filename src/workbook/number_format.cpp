@@ -1,0 +1,133 @@
+#include "workbook/number_format.hpp"
+
+#include <fmt/format.h>
+
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace pellago {
+
+namespace {
+
+// The date and time letters of a format code, one per run ("yyyy" is one 'y'), in order.
+std::vector<char> date_time_letters(std::string_view code) {
+  std::vector<char> letters;
+  auto add = [&letters](char letter) {
+    if (letters.empty() || letters.back() != letter) letters.push_back(letter);
+  };
+  for (std::size_t i = 0; i < code.size(); ++i) {
+    const char c = static_cast<char>(std::tolower(static_cast<unsigned char>(code[i])));
+    if (c == '"') {
+      const std::size_t close = code.find('"', i + 1);
+      i = close == std::string_view::npos ? code.size() : close;
+    } else if (c == '\\' || c == '_' || c == '*') {
+      ++i;  // an escaped character, a space as wide as one, a fill character
+    } else if (c == '[') {
+      const std::size_t close = code.find(']', i + 1);
+      const std::string_view inside = code.substr(
+          i + 1, close == std::string_view::npos ? std::string_view::npos : close - i - 1);
+      // Elapsed time: [h], [mm], [ss]. Colours, conditions and locales are skipped.
+      const char first = inside.empty() ? '\0' : static_cast<char>(std::tolower(inside[0]));
+      if ((first == 'h' || first == 'm' || first == 's') &&
+          inside.find_first_not_of(inside[0]) == std::string_view::npos) {
+        add(first == 'm' ? 'n' : first);
+      }
+      i = close == std::string_view::npos ? code.size() : close;
+    } else if (code.substr(i).size() >= 5 &&
+               (code.compare(i, 5, "AM/PM") == 0 || code.compare(i, 5, "am/pm") == 0)) {
+      add('p');
+      i += 4;
+    } else if (code.substr(i).size() >= 3 &&
+               (code.compare(i, 3, "A/P") == 0 || code.compare(i, 3, "a/p") == 0)) {
+      add('p');
+      i += 2;
+    } else if (c == 'y' || c == 'd' || c == 'm' || c == 'h' || c == 's') {
+      add(c);
+    }
+  }
+  return letters;
+}
+
+struct CivilDate {
+  std::int64_t year;
+  unsigned month;
+  unsigned day;
+};
+
+// Proleptic Gregorian date of a count of days since 1970-01-01.
+CivilDate civil_from_days(std::int64_t days) {
+  days += 719468;
+  const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
+  const auto day_of_era = static_cast<unsigned>(days - era * 146097);
+  const unsigned year_of_era =
+      (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
+  const unsigned day_of_year =
+      day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
+  const unsigned shifted_month = (5 * day_of_year + 2) / 153;
+  const unsigned day = day_of_year - (153 * shifted_month + 2) / 5 + 1;
+  const unsigned month = shifted_month < 10 ? shifted_month + 3 : shifted_month - 9;
+  return {static_cast<std::int64_t>(year_of_era) + era * 400 + (month <= 2 ? 1 : 0), month, day};
+}
+
+constexpr std::int64_t kSerialZero1900 = -25569;  // 1899-12-30, so that serial 61 is 1900-03-01
+constexpr std::int64_t kSerialZero1904 = -24107;  // 1904-01-01
+constexpr double kLastSerial = 2958466.0;         // 10000-01-01 in the 1900 system
+
+std::string date_text(std::int64_t serial_day, bool date1904) {
+  if (!date1904 && serial_day == 60) return "1900-02-29";  // the day the 1900 system invents
+  std::int64_t days = (date1904 ? kSerialZero1904 : kSerialZero1900) + serial_day;
+  if (!date1904 && serial_day < 60) ++days;
+  const CivilDate date = civil_from_days(days);
+  return fmt::format("{:04}-{:02}-{:02}", date.year, date.month, date.day);
+}
+
+std::string time_text(std::int64_t seconds) {
+  return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+}  // namespace
+
+DateKind builtin_date_kind(int format_id) {
+  if (format_id >= 14 && format_id <= 17) return DateKind::date;
+  if ((format_id >= 18 && format_id <= 21) || (format_id >= 45 && format_id <= 47)) {
+    return DateKind::time;
+  }
+  if (format_id == 22) return DateKind::date_time;
+  return DateKind::none;
+}
+
+DateKind custom_date_kind(std::string_view format_code) {
+  const std::vector<char> letters = date_time_letters(format_code);
+  bool has_date = false;
+  bool has_time = false;
+  for (std::size_t i = 0; i < letters.size(); ++i) {
+    const char letter = letters[i];
+    if (letter == 'm') {
+      const bool minutes =
+          (i > 0 && letters[i - 1] == 'h') || (i + 1 < letters.size() && letters[i + 1] == 's');
+      (minutes ? has_time : has_date) = true;
+    } else if (letter == 'y' || letter == 'd') {
+      has_date = true;
+    } else {
+      has_time = true;  // h, s, elapsed minutes 'n', AM/PM 'p'
+    }
+  }
+  if (has_date && has_time) return DateKind::date_time;
+  if (has_date) return DateKind::date;
+  if (has_time) return DateKind::time;
+  return DateKind::none;
+}
+
+std::optional<std::string> serial_date_text(double serial, DateKind kind, bool date1904) {
+  if (kind == DateKind::none || !(serial >= 0.0) || serial >= kLastSerial) return std::nullopt;
+  const auto total_seconds = static_cast<std::int64_t>(std::llround(serial * 86400.0));
+  const std::int64_t day = total_seconds / 86400;
+  const std::int64_t seconds = total_seconds % 86400;
+  if (kind == DateKind::date) return date_text(day, date1904);
+  if (kind == DateKind::time && day == 0) return time_text(seconds);
+  return date_text(day, date1904) + "T" + time_text(seconds);
+}
+
+}  // namespace pellago

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "workbook/workbook.hpp"
+
+namespace pellago {
+
+// Reads the first worksheet of a binary (BIFF) workbook with FreeXL. Whole numbers and fractions
+// are numbers; dates, date-times and times are the text FreeXL gives ("2024-03-01",
+// "2024-03-01 12:30:00", "12:30:00"). Throws Error naming the file.
+Workbook read_xls(const std::string& path);
+
+}  // namespace pellago

@@ -1,0 +1,242 @@
+#!/usr/bin/python3
+"""Writes the committed workbook fixtures of tests/workbook/data.
+
+The .xls files come from xlwt (Debian's python3-xlwt); the .xlsx files are written with zipfile
+from the XML below, to hold what a spreadsheet writer library does not produce on request (cells
+and rows without references, inline strings, phonetic runs, the 1904 date system, relocated
+parts) and the damaged and hostile packages. Run it with Debian's /usr/bin/python3, from anywhere;
+it rewrites every fixture.
+"""
+
+import datetime
+import os
+import zipfile
+
+import xlwt
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+STAMP = (2024, 1, 1, 0, 0, 0)
+
+CONTENT_TYPES = """<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
+<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">
+<Default Extension="rels" ContentType="application/vnd.openxmlformats-package.relationships+xml"/>
+<Default Extension="xml" ContentType="application/xml"/>
+</Types>"""
+
+REL_NS = "http://schemas.openxmlformats.org/officeDocument/2006/relationships"
+MAIN_NS = "http://schemas.openxmlformats.org/spreadsheetml/2006/main"
+
+
+def rels(*entries):
+    body = "".join(
+        f'<Relationship Id="{id}" Type="{REL_NS}/{kind}" Target="{target}"/>'
+        for id, kind, target in entries)
+    return ('<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+            '<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">'
+            f"{body}</Relationships>")
+
+
+def workbook(sheets, date1904=False):
+    pr = '<workbookPr date1904="1"/>' if date1904 else "<workbookPr/>"
+    body = "".join(f'<sheet name="{name}" sheetId="{n + 1}" r:id="{id}"/>'
+                   for n, (name, id) in enumerate(sheets))
+    return (f'<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+            f'<workbook xmlns="{MAIN_NS}" xmlns:r="{REL_NS}">{pr}<sheets>{body}</sheets></workbook>')
+
+
+def worksheet(sheet_data):
+    return (f'<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+            f'<worksheet xmlns="{MAIN_NS}"><sheetData>{sheet_data}</sheetData></worksheet>')
+
+
+def write_zip(name, parts):
+    with zipfile.ZipFile(os.path.join(HERE, name), "w", zipfile.ZIP_DEFLATED) as package:
+        for part_name, text in parts.items():
+            info = zipfile.ZipInfo(part_name, STAMP)
+            info.compress_type = zipfile.ZIP_DEFLATED
+            package.writestr(info, text.encode("utf-8") if isinstance(text, str) else text)
+
+
+def simple_package(sheet_xml, shared_strings=None):
+    """A one-sheet package in the usual layout."""
+    entries = [("rId1", "worksheet", "worksheets/sheet1.xml")]
+    parts = {
+        "[Content_Types].xml": CONTENT_TYPES,
+        "_rels/.rels": rels(("rId1", "officeDocument", "xl/workbook.xml")),
+        "xl/workbook.xml": workbook([("Log", "rId1")]),
+        "xl/worksheets/sheet1.xml": sheet_xml,
+    }
+    if shared_strings is not None:
+        entries.append(("rId2", "sharedStrings", "sharedStrings.xml"))
+        parts["xl/sharedStrings.xml"] = shared_strings
+    parts["xl/_rels/workbook.xml.rels"] = rels(*entries)
+    return parts
+
+
+# The first sheet of workbook.xml is part sheet3.xml, named by an absolute target; the 1904 date
+# system; rows and cells without references; inline and rich-text strings with phonetic runs;
+# booleans, errors, formula strings; a style-only cell and a style-only row.
+HANDMADE_SHARED = f"""<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
+<sst xmlns="{MAIN_NS}" count="5" uniqueCount="5">
+<si><t>Name</t></si>
+<si><r><rPr><b/></rPr><t>Ka</t></r><r><t>nji</t></r><rPh sb="0" eb="2"><t>カンジ</t></rPh><phoneticPr fontId="1"/></si>
+<si><t xml:space="preserve">  two  spaces </t></si>
+<si><t>line_x000D_
+break</t></si>
+<si><t>_x005F_x0041_ &amp; &lt;tag&gt;</t></si>
+</sst>"""
+
+HANDMADE_STYLES = f"""<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
+<styleSheet xmlns="{MAIN_NS}">
+<numFmts count="2"><numFmt numFmtId="164" formatCode="yyyy\\-mm\\-dd"/><numFmt numFmtId="165" formatCode="0.0 &quot;days&quot;"/></numFmts>
+<cellStyleXfs count="1"><xf numFmtId="22"/></cellStyleXfs>
+<cellXfs count="5"><xf numFmtId="0"/><xf numFmtId="164" applyNumberFormat="1"/><xf numFmtId="165"/><xf numFmtId="20"><alignment horizontal="left"/></xf><xf numFmtId="22"/></cellXfs>
+</styleSheet>"""
+
+HANDMADE_SHEET = worksheet(
+    "<row>"
+    '<c t="s"><v>0</v></c>'
+    '<c t="inlineStr"><is><t>Scene</t></is></c>'
+    '<c t="inlineStr"><is><r><t>Ri</t></r><r><rPr><i/></rPr><t>ch</t></r>'
+    "<rPh sb=\"0\" eb=\"1\"><t>リッチ</t></rPh></is></c>"
+    '<c t="s"><v>1</v></c>'
+    "</row>"
+    "<row>"
+    '<c s="1"><v>43889</v></c>'
+    '<c s="3"><v>0.5</v></c>'
+    '<c s="4"><v>43889.75</v></c>'
+    '<c s="2"><v>2.5</v></c>'
+    '<c t="b"><v>1</v></c>'
+    '<c t="b"><v>0</v></c>'
+    '<c t="e"><v>#N/A</v></c>'
+    '<c t="str"><f>A1&amp;"!"</f><v>Name!</v></c>'
+    "</row>"
+    '<row r="4"><c r="B4" s="1"/><c t="s"><v>2</v></c><c><v>-7</v></c>'
+    '<c t="s"><v>3</v></c><c t="s"><v>4</v></c><c t="inlineStr"><is><t/></is></c></row>'
+    '<row r="6"><c r="A6" s="1"/><c r="J6" s="2"/></row>')
+
+HANDMADE = {
+    "[Content_Types].xml": CONTENT_TYPES,
+    "_rels/.rels": rels(("rId1", "officeDocument", "xl/workbook.xml")),
+    "xl/workbook.xml": workbook([("Notes", "rId3"), ("Second", "rId1")], date1904=True),
+    "xl/_rels/workbook.xml.rels": rels(
+        ("rId1", "worksheet", "worksheets/sheet1.xml"),
+        ("rId2", "sharedStrings", "sharedStrings.xml"),
+        ("rId3", "worksheet", "/xl/worksheets/sheet3.xml"),
+        ("rId4", "styles", "styles.xml")),
+    "xl/sharedStrings.xml": HANDMADE_SHARED,
+    "xl/styles.xml": HANDMADE_STYLES,
+    "xl/worksheets/sheet1.xml": worksheet('<row r="1"><c r="A1"><v>99</v></c></row>'),
+    "xl/worksheets/sheet3.xml": HANDMADE_SHEET,
+}
+
+# The main part is found through _rels/.rels, away from xl/; the sheet target climbs with "..".
+RELOCATED = {
+    "[Content_Types].xml": CONTENT_TYPES,
+    "_rels/.rels": rels(("rId1", "officeDocument", "book/main.xml")),
+    "book/main.xml": workbook([("Log", "rId7")]),
+    "book/_rels/main.xml.rels": rels(("rId7", "worksheet", "../sheets/./log.xml")),
+    "sheets/log.xml": worksheet(
+        '<row r="2"><c r="C2" t="inlineStr"><is><t>moved</t></is></c></row>'),
+}
+
+BILLION_LAUGHS = """<?xml version="1.0"?>
+<!DOCTYPE worksheet [
+<!ENTITY a "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa">
+<!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;">
+<!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;">
+<!ENTITY d "&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;">
+<!ENTITY e "&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;">
+]>
+<worksheet xmlns="%s"><sheetData><row r="1"><c r="A1" t="inlineStr"><is><t>&e;</t></is></c></row></sheetData></worksheet>""" % MAIN_NS
+
+
+def write_xlsx_fixtures():
+    write_zip("handmade.xlsx", HANDMADE)
+    write_zip("relocated.xlsx", RELOCATED)
+
+    with open(os.path.join(HERE, "handmade.xlsx"), "rb") as handle:
+        whole = handle.read()
+    with open(os.path.join(HERE, "truncated.xlsx"), "wb") as handle:
+        handle.write(whole[: len(whole) // 2])
+    with open(os.path.join(HERE, "not_a_zip.xlsx"), "w") as handle:
+        handle.write("Name,Scene\nC001,12\n")
+
+    write_zip("no_workbook.xlsx", {"[Content_Types].xml": CONTENT_TYPES})
+    missing = simple_package(worksheet(""))
+    del missing["xl/worksheets/sheet1.xml"]
+    write_zip("missing_sheet.xlsx", missing)
+    write_zip("malformed_sheet.xlsx", simple_package(
+        worksheet('<row r="1"><c r="A1"><v>1</v></row>')))
+    write_zip("doctype.xlsx", simple_package(BILLION_LAUGHS))
+    write_zip("bad_shared_index.xlsx", simple_package(
+        worksheet('<row r="1"><c r="A1" t="s"><v>0</v></c><c r="B1" t="s"><v>5</v></c></row>'),
+        f'<sst xmlns="{MAIN_NS}"><si><t>only</t></si></sst>'))
+    # 4 MiB of empty elements inside <sheetData> packs to a few KiB: read with a lowered cap.
+    write_zip("bomb.xlsx", simple_package(worksheet("<x/>" * (1 << 20))))
+    write_damaged_member()
+
+
+def write_damaged_member():
+    """handmade.xlsx with a wrong checksum for the worksheet: its data fails the CRC check."""
+    source = os.path.join(HERE, "handmade.xlsx")
+    with zipfile.ZipFile(source) as package:
+        info = package.getinfo("xl/worksheets/sheet3.xml")
+    with open(source, "rb") as handle:
+        data = bytearray(handle.read())
+    good = info.CRC.to_bytes(4, "little")
+    bad = (info.CRC ^ 0xFFFFFFFF).to_bytes(4, "little")
+    assert data.count(good) == 2  # the local header and the central directory entry
+    data = data.replace(good, bad)
+    with open(os.path.join(HERE, "damaged_data.xlsx"), "wb") as handle:
+        handle.write(data)
+
+
+def write_xls_fixtures():
+    date = xlwt.easyxf(num_format_str="YYYY-MM-DD")
+    time = xlwt.easyxf(num_format_str="hh:mm:ss")
+    stamp = xlwt.easyxf(num_format_str="YYYY-MM-DD hh:mm:ss")
+    grey = xlwt.easyxf("pattern: pattern solid, fore_colour gray25")
+
+    book = xlwt.Workbook(encoding="utf-8")
+    log = book.add_sheet("Log")
+    for column, header in enumerate(["Name", "Scene", "Take", "Date", "Time", "Stamp", "Note"]):
+        log.write(0, column, header)
+    log.write(1, 0, "C001")
+    log.write(1, 1, 12)
+    log.write(1, 2, 3.25)
+    log.write(1, 3, datetime.date(2024, 3, 1), date)
+    log.write(1, 4, datetime.time(12, 30), time)
+    log.write(1, 5, datetime.datetime(2024, 3, 1, 12, 30, 15), stamp)
+    log.write(1, 6, "  spaced  ")
+    for column in range(7):
+        log.write(2, column, None, grey)  # a styled blank row
+    log.write(3, 0, "Café – 東京")
+    log.write(3, 1, -40000.5)
+    log.write(5, 9, None, grey)  # style only, past the cells in use
+    book.add_sheet("Other").write(0, 0, "ignored")
+    book.save(os.path.join(HERE, "cells.xls"))
+
+    book = xlwt.Workbook(encoding="utf-8")
+    book.add_sheet("Empty")
+    book.add_sheet("Data").write(0, 0, "not first")
+    book.save(os.path.join(HERE, "empty_first.xls"))
+
+    with open(os.path.join(HERE, "cells.xls"), "rb") as handle:
+        whole = handle.read()
+    with open(os.path.join(HERE, "truncated.xls"), "wb") as handle:
+        handle.write(whole[:700])
+
+
+def write_renamed_fixtures():
+    for source, target in [("cells.xls", "xls_renamed.xlsx"), ("handmade.xlsx", "xlsx_renamed.xls")]:
+        with open(os.path.join(HERE, source), "rb") as handle:
+            data = handle.read()
+        with open(os.path.join(HERE, target), "wb") as handle:
+            handle.write(data)
+
+
+if __name__ == "__main__":
+    write_xlsx_fixtures()
+    write_xls_fixtures()
+    write_renamed_fixtures()

@@ -1,0 +1,64 @@
+#include "workbook/number_format.hpp"
+
+#include <gtest/gtest.h>
+
+namespace pellago {
+namespace {
+
+TEST(NumberFormat, CustomCodesAreDatesByTheirLettersOutsideQuotesAndBrackets) {
+  const std::vector<std::pair<const char*, DateKind>> cases = {
+      {"yyyy-mm-dd", DateKind::date},
+      {"d mmm yyyy", DateKind::date},
+      {"mmmm", DateKind::date},
+      {"[$-409]dddd, mmmm dd, yyyy", DateKind::date},
+      {"hh:mm", DateKind::time},
+      {"mm:ss", DateKind::time},
+      {"[mm]:ss", DateKind::time},
+      {"[h]", DateKind::time},
+      {"h AM/PM", DateKind::time},
+      {"m/d/yy h:mm", DateKind::date_time},
+      {"yyyy-mm-dd\"T\"hh:mm:ss", DateKind::date_time},
+      {"General", DateKind::none},
+      {"0.00", DateKind::none},
+      {"0 \"days\"", DateKind::none},
+      {"#,##0 \\d", DateKind::none},
+      {"[Red][>=100]0.0;[Blue]0.0", DateKind::none},
+      {"_(* #,##0_);_(* (#,##0);_(* \"-\"_);_(@_)", DateKind::none},
+      {"0.00E+00", DateKind::none},
+      {"@", DateKind::none},
+  };
+  for (const auto& [code, kind] : cases) EXPECT_EQ(custom_date_kind(code), kind) << code;
+}
+
+TEST(NumberFormat, SerialsBecomeIsoTextInBothDateSystems) {
+  const std::vector<std::tuple<double, DateKind, bool, std::optional<std::string>>> cases = {
+      {1, DateKind::date, false, "1900-01-01"},
+      {59, DateKind::date, false, "1900-02-28"},
+      {60, DateKind::date, false, "1900-02-29"},  // the 1900 system's invented day
+      {61, DateKind::date, false, "1900-03-01"},
+      {45352.99, DateKind::date, false, "2024-03-01"},
+      {45352.5, DateKind::date_time, false, "2024-03-01T12:00:00"},
+      {0.52100694, DateKind::time, false, "12:30:15"},
+      {0.99999999, DateKind::time, false, "1900-01-01T00:00:00"},  // rounds up to the next day
+      {1.25, DateKind::time, false, "1900-01-01T06:00:00"},
+      {0, DateKind::date, true, "1904-01-01"},
+      {43889, DateKind::date, true, "2024-02-29"},
+      {2958465, DateKind::date, false, "9999-12-31"},
+      {2958466, DateKind::date, false, std::nullopt},
+      {-1, DateKind::date, false, std::nullopt},
+      {45352, DateKind::none, false, std::nullopt},
+  };
+  for (const auto& [serial, kind, date1904, expected] : cases) {
+    EXPECT_EQ(serial_date_text(serial, kind, date1904), expected) << serial;
+  }
+}
+
+TEST(NumberFormat, BuiltinDateIdsAreTheDateAndTimeFormats) {
+  for (int id : {14, 15, 16, 17}) EXPECT_EQ(builtin_date_kind(id), DateKind::date) << id;
+  for (int id : {18, 19, 20, 21, 45, 46, 47}) EXPECT_EQ(builtin_date_kind(id), DateKind::time);
+  EXPECT_EQ(builtin_date_kind(22), DateKind::date_time);
+  for (int id : {0, 1, 2, 10, 13, 23, 44, 48, 49}) EXPECT_EQ(builtin_date_kind(id), DateKind::none);
+}
+
+}  // namespace
+}  // namespace pellago

@@ -1,0 +1,73 @@
+#include "workbook/workbook.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "error.hpp"
+#include "test_support.hpp"
+
+namespace pellago {
+namespace {
+
+using test_support::empty;
+using test_support::number;
+using test_support::row;
+using test_support::text;
+
+TEST(Workbook, CellsComeBackWhereverAndInWhateverOrderTheyWereSet) {
+  Workbook sheet;
+  sheet.set_cell(3, 5, text("late"));
+  sheet.set_cell(1, 2, number(1));
+  sheet.set_cell(3, 1, text("first"));
+  sheet.set_cell(3, 3, number(2));
+  sheet.set_cell(3, 3, number(4));        // replaced
+  sheet.set_cell(4, 9, Cell());           // an empty value is not a cell in use
+  sheet.set_cell(0, 1, text("outside"));  // rows and columns start at 1
+  sheet.set_cell(1, -2, text("outside"));
+
+  EXPECT_EQ(sheet.last_row(), 3);
+  EXPECT_EQ(sheet.last_column(), 5);
+  EXPECT_EQ(row(sheet, 1), (std::vector<Cell>{empty, number(1), empty, empty, empty}));
+  EXPECT_EQ(row(sheet, 2), (std::vector<Cell>(5, empty)));
+  EXPECT_EQ(row(sheet, 3),
+            (std::vector<Cell>{text("first"), empty, number(4), empty, text("late")}));
+  EXPECT_EQ(sheet.cell(4, 1), empty);
+  EXPECT_EQ(sheet.cell(0, 0), empty);
+  EXPECT_EQ(sheet.cell(1, 6), empty);
+}
+
+TEST(Workbook, SheetKindIsTheExactExtensionOfTheLastComponent) {
+  EXPECT_EQ(sheet_kind("log.xls"), SheetKind::xls);
+  EXPECT_EQ(sheet_kind("dir.xlsx/Log Sheet.xlsx"), SheetKind::xlsx);
+  for (const char* path :
+       {"log.XLS", "log.Xlsx", "log.xls.bak", "log.", "log", ".xls", "dir.xls/log", "log.xlsm"}) {
+    EXPECT_EQ(sheet_kind(path), SheetKind::not_a_log_sheet) << path;
+  }
+}
+
+TEST(Workbook, FilesThatCannotBeReadCarryTheirSystemError) {
+  test_support::TempDir dir;
+  const std::string missing = dir.file("missing.xlsx");
+  for (SheetKind kind : {SheetKind::xlsx, SheetKind::xls}) {
+    try {
+      open_workbook(missing, kind);
+      ADD_FAILURE() << "no error";
+    } catch (const Error& error) {
+      EXPECT_EQ(error.what(), "cannot read \"" + missing + "\": No such file or directory");
+      EXPECT_EQ(error.system_error, ENOENT);
+    }
+  }
+  const std::string directory = dir.file("folder.xls");
+  std::filesystem::create_directory(directory);
+  try {
+    open_workbook(directory, SheetKind::xls);
+    ADD_FAILURE() << "no error";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.system_error, EISDIR);
+  }
+}
+
+}  // namespace
+}  // namespace pellago

@@ -1,0 +1,97 @@
+// Hand-written and hostile .xlsx packages from data/make_fixtures.py.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "error.hpp"
+#include "test_support.hpp"
+#include "workbook/workbook.hpp"
+#include "workbook/xlsx_reader.hpp"
+
+namespace pellago {
+namespace {
+
+using test_support::empty;
+using test_support::fixture;
+using test_support::number;
+using test_support::row;
+using test_support::text;
+
+TEST(XlsxFixtures, HandWrittenPackageReadsEveryKindOfCell) {
+  // The first sheet of workbook.xml is part sheet3.xml (absolute target); rows and cells without
+  // references follow their neighbours; dates count from 1904.
+  const Workbook sheet = open_workbook(fixture("handmade.xlsx"), SheetKind::xlsx);
+
+  EXPECT_EQ(sheet.last_row(), 4);
+  EXPECT_EQ(sheet.last_column(), 8);
+  EXPECT_EQ(row(sheet, 1), (std::vector<Cell>{text("Name"), text("Scene"), text("Rich"),
+                                              text("Kanji"), empty, empty, empty, empty}));
+  EXPECT_EQ(
+      row(sheet, 2),
+      (std::vector<Cell>{text("2024-02-29"), text("12:00:00"), text("2024-02-29T18:00:00"),
+                         number(2.5), text("TRUE"), text("FALSE"), text("#N/A"), text("Name!")}));
+  EXPECT_EQ(row(sheet, 3), (std::vector<Cell>(8, empty)));
+  EXPECT_EQ(row(sheet, 4),
+            (std::vector<Cell>{empty, empty, text("  two  spaces "), number(-7),
+                               text("line\r\nbreak"), text("_x0041_ & <tag>"), text(""), empty}));
+}
+
+TEST(XlsxFixtures, MainPartIsFoundThroughPackageRelationships) {
+  const Workbook sheet = open_workbook(fixture("relocated.xlsx"), SheetKind::xlsx);
+
+  EXPECT_EQ(sheet.last_row(), 2);
+  EXPECT_EQ(sheet.last_column(), 3);
+  EXPECT_EQ(sheet.cell(2, 3), text("moved"));
+}
+
+std::string read_error(const std::string& path, const XlsxLimits& limits = {}) {
+  try {
+    read_xlsx(path, limits);
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+TEST(XlsxFixtures, BrokenPackagesFailWithOneLineNamingTheFile) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"not_a_zip.xlsx", ": not an .xlsx workbook (not a zip package)"},
+      {"xls_renamed.xlsx", ": not an .xlsx workbook but an OLE2 compound file"},
+      {"truncated.xlsx", ": damaged .xlsx package: Not a zip archive"},
+      {"no_workbook.xlsx", ": the package has no workbook part \"xl/workbook.xml\""},
+      {"missing_sheet.xlsx",
+       ": the first worksheet's part \"xl/worksheets/sheet1.xml\" is missing"},
+      {"malformed_sheet.xlsx",
+       ", part \"xl/worksheets/sheet1.xml\": malformed XML at line 2: Opening and ending tag "
+       "mismatch"},
+      {"doctype.xlsx", ", part \"xl/worksheets/sheet1.xml\": malformed XML"},
+      {"damaged_data.xlsx", ": damaged data in part \"xl/worksheets/sheet3.xml\": CRC error"},
+      {"bad_shared_index.xlsx",
+       ", part \"xl/worksheets/sheet1.xml\": cell B1 refers to shared string \"5\", but the table "
+       "holds 1"},
+  };
+  for (const auto& [name, expected] : cases) {
+    ::testing::internal::CaptureStderr();
+    const std::string message = read_error(fixture(name));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << name;
+    EXPECT_THAT(message, ::testing::StartsWith(fixture(name) + expected));
+    EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+  }
+}
+
+TEST(XlsxFixtures, PartsAreCappedAsTheyUnpack) {
+  // 4 MiB of markup packed into a few KiB: past a 1 MiB cap it is refused as a bomb; under the
+  // real cap it reads through to an empty sheet.
+  const std::string bomb = fixture("bomb.xlsx");
+  EXPECT_THAT(read_error(bomb, {.worksheet_part_bytes = 1 << 20}),
+              ::testing::StartsWith(bomb + ": part \"xl/worksheets/sheet1.xml\" unpacks to more "
+                                           "than 1 MiB"));
+  EXPECT_THAT(read_error(fixture("handmade.xlsx"), {.other_part_bytes = 100}),
+              ::testing::HasSubstr("unpacks to more than 100 bytes"));
+  EXPECT_THAT(read_error(fixture("handmade.xlsx"), {.cell_text_bytes = 20}),
+              ::testing::HasSubstr("the worksheet's text passes 20 bytes"));
+  EXPECT_THAT([&] { open_workbook(bomb, SheetKind::xlsx); },
+              ::testing::ThrowsMessage<Error>(bomb + ": the first worksheet has no cell in use"));
+}
+
+}  // namespace
+}  // namespace pellago
