@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
