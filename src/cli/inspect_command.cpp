@@ -64,10 +64,11 @@ std::vector<LogRow> read_rows_of(const std::string& path, const Workbook& workbo
 int inspect_log_sheet(const std::string& path) {
   const SheetKind kind = sheet_kind(path);
   if (kind == SheetKind::not_a_log_sheet) {
-    std::fputs(
-        fmt::format("pellago: {} is not a log sheet: only .xls and .xlsx files are read\n", path)
-            .c_str(),
-        stderr);
+    std::fputs(fmt::format("pellago: {} is not a log sheet: only files ending in .xls or .xlsx "
+                           "(lower case) are read\n",
+                           path)
+                   .c_str(),
+               stderr);
     return kExitNotALogSheet;
   }
   const Workbook workbook = open_workbook(path, kind);

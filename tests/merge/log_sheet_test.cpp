@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+#include <xlsxwriter.h>
+
+#include <filesystem>
 
 #include "error.hpp"
 
@@ -147,6 +151,35 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
   const Workbook header_only = sheet({{"Name", Cell{}, "Scene"}});
   EXPECT_THAT(read_header_row(header_only), ElementsAre(Cell{"Name"}, Cell{}, Cell{"Scene"}));
   EXPECT_THAT(log_rows(header_only), IsEmpty());
+}
+
+TEST(LogSheet, ReadsAnXlsxWrittenBySpreadsheetSoftware) {
+  const auto path = std::filesystem::temp_directory_path() /
+                    ("log_sheet_test_" + std::to_string(getpid()) + ".xlsx");
+  lxw_workbook* book = workbook_new(path.c_str());
+  lxw_worksheet* log = workbook_add_worksheet(book, "Log");
+  const char* headers[] = {"Name",         "Scene",           "Marker Timecode", "Marker Name",
+                           "Marker Color", "Marker Timecode", "Marker Comment"};
+  for (lxw_col_t c = 0; c < 7; ++c) worksheet_write_string(log, 0, c, headers[c], nullptr);
+  worksheet_write_string(log, 1, 0, "C001", nullptr);
+  worksheet_write_number(log, 1, 1, 12, nullptr);
+  worksheet_write_string(log, 1, 2, "01:00:10:00", nullptr);
+  worksheet_write_string(log, 1, 3, "Intro", nullptr);
+  worksheet_write_string(log, 1, 4, "Red", nullptr);
+  worksheet_write_string(log, 1, 5, "01:00:20:00", nullptr);
+  worksheet_write_string(log, 1, 6, "Check focus", nullptr);
+  worksheet_write_number(log, 3, 0, 101, nullptr);
+  worksheet_write_string(workbook_add_worksheet(book, "Other"), 0, 0, "Ignored", nullptr);
+  ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
+
+  const Workbook workbook = open_workbook(file.path.string(), SheetKind::xlsx);
+  const auto rows = log_rows(workbook);
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_THAT(fields(rows[0]), ElementsAre("Name=C001", "Scene=12.0"));
+  EXPECT_THAT(markers(rows[0]),
+              ElementsAre("01:00:10:00 name=Intro color=red", "01:00:20:00 comment=Check focus"));
+  EXPECT_THAT(fields(rows[1]), ElementsAre("Name=", "Scene="));
+  EXPECT_THAT(fields(rows[2]), ElementsAre("Name=101.0", "Scene="));
 }
 
 }  // namespace
