@@ -1,0 +1,93 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <xlsxwriter.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "workbook/workbook.hpp"
+
+namespace pellago::merge_test {
+
+// One sheet row; an empty text stands for an empty cell.
+using SheetRow = std::vector<Cell>;
+
+// Writes the rows, the header row first, to the first worksheet of a new .xlsx file.
+inline void write_xlsx(const std::filesystem::path& path, const std::vector<SheetRow>& rows) {
+  lxw_workbook* workbook = workbook_new(path.c_str());
+  ASSERT_NE(workbook, nullptr);
+  lxw_worksheet* sheet = workbook_add_worksheet(workbook, nullptr);
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    for (std::size_t c = 0; c < rows[r].size(); ++c) {
+      const auto row = static_cast<lxw_row_t>(r);
+      const auto column = static_cast<lxw_col_t>(c);
+      if (const auto* text = std::get_if<std::string>(&rows[r][c]); text && !text->empty()) {
+        worksheet_write_string(sheet, row, column, text->c_str(), nullptr);
+      } else if (const auto* number = std::get_if<double>(&rows[r][c])) {
+        worksheet_write_number(sheet, row, column, *number, nullptr);
+      }
+    }
+  }
+  ASSERT_EQ(workbook_close(workbook), LXW_NO_ERROR);
+}
+
+inline std::string read_file(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << file.rdbuf();
+  return bytes.str();
+}
+
+inline void write_file(const std::filesystem::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+inline std::filesystem::path data_path(const std::string& name) {
+  return std::filesystem::path(PELLAGO_TEST_DATA) / name;
+}
+
+inline std::filesystem::path source_path(const std::string& name) {
+  return std::filesystem::path(PELLAGO_SOURCE_DIR) / name;
+}
+
+// `text` with the first `from` after the first `anchor` replaced by `to`.
+inline std::string replace_after(std::string text, const std::string& anchor,
+                                 const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from, text.find(anchor));
+  if (at != std::string::npos) text.replace(at, from.size(), to);
+  return text;
+}
+
+// Names of the entries of a folder, sorted.
+inline std::vector<std::string> folder_entries(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// A fresh folder per test, removed with everything in it afterwards.
+class ScratchFolderTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "pellago-merge-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+
+  std::filesystem::path folder_;
+};
+
+}  // namespace pellago::merge_test

@@ -1,0 +1,195 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "error.hpp"
+#include "merge/add_log_notes.hpp"
+#include "merge_files.hpp"
+
+namespace pellago::merge_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+// A host that records every call the engine makes on it.
+struct RecordingHost {
+  Host host() {
+    return {
+        .set_column_headers = [this](const std::vector<Cell>& h) { headers = h; },
+        .progress = Progress{
+            .set_indeterminate =
+                [this](bool on) { calls.push_back(fmt::format("indeterminate {}", on)); },
+            .set_double_value =
+                [this](std::int64_t v) { calls.push_back(fmt::format("value {}", v)); },
+            .set_max_value = [this](std::int64_t v) { calls.push_back(fmt::format("max {}", v)); },
+            .increment_by =
+                [this](std::int64_t v) { calls.push_back(fmt::format("increment {}", v)); },
+            .display_if_needed = [this] { calls.push_back("display"); }},
+        .frame_rates = {}};
+  }
+
+  std::vector<Cell> headers;
+  std::vector<std::string> calls;
+};
+
+std::vector<std::string> progress_calls(int clips) {
+  std::vector<std::string> calls{"indeterminate false", "value 0", fmt::format("max {}", clips),
+                                 "display"};
+  for (int clip = 0; clip < clips; ++clip) {
+    calls.push_back("increment 1");
+    calls.push_back("display");
+  }
+  return calls;
+}
+
+class MergeTest : public ScratchFolderTest {
+ protected:
+  // Merges the example log sheet into `xml` over an existing output; returns the error message.
+  std::string merge_example_expecting_error(const std::string& xml) {
+    write_file(path("project.xml"), xml);
+    write_file(path("out.xml"), "earlier output\n");
+    try {
+      add_log_notes(source_path("examples/log_sheet.xlsx"), path("project.xml"), path("out.xml"));
+    } catch (const Error& error) {
+      EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
+      EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml", "project.xml"));
+      return error.what();
+    }
+    ADD_FAILURE() << "the merge did not fail";
+    return {};
+  }
+};
+
+TEST_F(MergeTest, ClipsMatchRowsByExactNameText) {
+  write_xlsx(path("log.xlsx"), {{"Name", "Scene"},
+                                {"A001", "row 2"},
+                                {"B002", "row 3"},
+                                {101.0, "row 4"},
+                                {"", "row 5"},
+                                {"D004", "row 6"}});
+  RecordingHost recorder;
+  const MergeReport report = add_log_notes(path("log.xlsx"), data_path("merge_matching.xml"),
+                                           path("out.xml"), recorder.host());
+
+  EXPECT_EQ(read_file(path("out.xml")), read_file(data_path("merge_matching_logged.xml")));
+  EXPECT_EQ(report.outcome, Outcome::merged);
+  EXPECT_EQ(report.clips_visited, 10u);
+  EXPECT_EQ(report.clips_changed, 5u);
+  EXPECT_EQ(report.rows_unmatched, 1u);
+  EXPECT_THAT(recorder.headers, ElementsAre(Cell("Name"), Cell("Scene")));
+  EXPECT_THAT(recorder.calls, ElementsAreArray(progress_calls(10)));
+}
+
+TEST_F(MergeTest, SheetWithoutRowsStillRewritesUpdateBehaviors) {
+  write_xlsx(path("log.xlsx"), {{"Name", "Scene"}});
+  RecordingHost recorder;
+  const MergeReport report = add_log_notes(path("log.xlsx"), data_path("merge_matching.xml"),
+                                           path("out.xml"), recorder.host());
+
+  const std::string input = read_file(data_path("merge_matching.xml"));
+  std::string expected = input;
+  for (auto at = expected.find(">add<"); at != std::string::npos; at = expected.find(">add<")) {
+    expected.replace(at, 5, ">replaceoradd<");
+  }
+  EXPECT_EQ(read_file(path("out.xml")), expected);
+  EXPECT_EQ(report.clips_changed, 0u);
+  EXPECT_THAT(recorder.calls, ElementsAreArray(progress_calls(10)));
+}
+
+TEST_F(MergeTest, DocumentWithoutClipsIsWrittenWithAFinalLineFeed) {
+  write_xlsx(path("log.xlsx"), {{"Name"}, {"A001"}});
+  write_file(path("project.xml"), "<xmeml version=\"5\"><bin><name>Empty</name></bin></xmeml>");
+  RecordingHost recorder;
+  const MergeReport report =
+      add_log_notes(path("log.xlsx"), path("project.xml"), path("project.xml"), recorder.host());
+
+  // Elements that hold no text are indented the library's standard way.
+  EXPECT_EQ(read_file(path("project.xml")),
+            "<?xml version=\"1.0\"?>\n<xmeml version=\"5\">\n  <bin>\n    <name>Empty</name>\n  "
+            "</bin>\n</xmeml>\n");
+  EXPECT_EQ(report.clips_visited, 0u);
+  EXPECT_EQ(report.rows_unmatched, 1u);
+  EXPECT_THAT(recorder.calls, ElementsAreArray(progress_calls(0)));
+}
+
+TEST_F(MergeTest, OnlyLowerCaseXlsAndXlsxAreLogSheets) {
+  for (const char* sheet : {"log.XLS", "log.Xlsx", "log.xls.bak", "log.", "log", "log.csv"}) {
+    RecordingHost recorder;
+    bool headers_set = false;
+    Host host = recorder.host();
+    host.set_column_headers = [&](const std::vector<Cell>&) { headers_set = true; };
+    const MergeReport report =
+        add_log_notes(path(sheet), path("missing.xml"), path("out.xml"), host);
+    EXPECT_EQ(report.outcome, Outcome::not_a_log_sheet) << sheet;
+    EXPECT_FALSE(headers_set) << sheet;
+    EXPECT_THAT(recorder.calls, IsEmpty()) << sheet;
+  }
+  EXPECT_THAT(folder_entries(folder_), IsEmpty());
+}
+
+TEST_F(MergeTest, ExampleSheetMergesIntoTheExampleExport) {
+  const MergeReport report = add_log_notes(source_path("examples/log_sheet.xlsx"),
+                                           source_path("examples/project.xml"), path("out.xml"));
+
+  EXPECT_EQ(read_file(path("out.xml")), read_file(data_path("merge_example_logged.xml")));
+  EXPECT_EQ(report.clips_visited, 6u);
+  EXPECT_EQ(report.clips_changed, 5u);
+  EXPECT_EQ(report.subclips_made, 2u);
+  EXPECT_EQ(report.markers_added, 6u);
+  EXPECT_EQ(report.rows_unmatched, 1u);
+}
+
+TEST_F(MergeTest, FailuresNameTheClipAndRowAndLeaveTheOutputAsItWas) {
+  const std::string project = read_file(source_path("examples/project.xml"));
+  const std::string first = "<clip id=\"A001_C001_0611AB\">";
+  const std::string second = "<clip id=\"A001_C002_0611AB\">";
+
+  EXPECT_EQ(merge_example_expecting_error(replace_after(project, first, "<label2/>", "<label/>")),
+            "clip \"A001_C001_0611AB\" (id A001_C001_0611AB, sheet row 2): no <labels><label2> "
+            "element to hold \"Label 2\"");
+
+  std::string without_duration = project;
+  while (without_duration.find("<duration>3000</duration>") != std::string::npos) {
+    without_duration = replace_after(without_duration, second, "<duration>3000</duration>", "");
+  }
+  EXPECT_EQ(merge_example_expecting_error(without_duration),
+            "clip \"A001_C002_0611AB\" (id A001_C002_0611AB, sheet row 3): no <duration> element");
+
+  EXPECT_EQ(merge_example_expecting_error(replace_after(project, second, second, "<clip>")),
+            "clip \"A001_C002_0611AB\" (no id, sheet row 3): no id attribute to build the ids of "
+            "its subclip copies from");
+
+  EXPECT_EQ(merge_example_expecting_error(replace_after(project, second, "<timebase>25</timebase>",
+                                                        "<timebase>50</timebase>")),
+            "clip \"A001_C002_0611AB\" (id A001_C002_0611AB, sheet row 3): timebase 50 with ntsc "
+            "\"FALSE\" is not one of the known frame rates");
+}
+
+TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
+  write_xlsx(path("log.xlsx"), {{"Name", "", "Scene"}, {"A001", "", "1"}});
+  write_file(path("out.xml"), "earlier output\n");
+
+  try {
+    add_log_notes(path("log.xlsx"), data_path("merge_matching.xml"), path("out.xml"));
+    ADD_FAILURE() << "a sheet with an empty header cell was read";
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), testing::StartsWith(path("log.xlsx") + ": "));
+  }
+  write_xlsx(path("log.xlsx"), {{"Name"}, {"A001"}});
+  try {
+    add_log_notes(path("log.xlsx"), path("missing.xml"), path("out.xml"));
+    ADD_FAILURE() << "a missing XML file was read";
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), testing::HasSubstr(path("missing.xml")));
+    EXPECT_EQ(error.system_error, ENOENT);
+  }
+  EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
+}
+
+}  // namespace
+}  // namespace pellago::merge_test

@@ -1,0 +1,76 @@
+#include "merge/output_file.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "error.hpp"
+#include "merge_files.hpp"
+
+namespace pellago::merge_test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+using OutputFileTest = ScratchFolderTest;
+
+mode_t permissions(const std::string& path) {
+  struct stat status;
+  EXPECT_EQ(stat(path.c_str(), &status), 0);
+  return status.st_mode & 07777;
+}
+
+TEST_F(OutputFileTest, ReplacedFileKeepsItsPermissionsAndANewOneFollowsTheUmask) {
+  write_file(path("kept.xml"), "old");
+  ASSERT_EQ(chmod(path("kept.xml").c_str(), 0640), 0);
+  write_file_replacing(path("kept.xml"), "new");
+  EXPECT_EQ(read_file(path("kept.xml")), "new");
+  EXPECT_EQ(permissions(path("kept.xml")), 0640u);
+
+  const mode_t mask = umask(027);
+  write_file_replacing(path("created.xml"), "made");
+  umask(mask);
+  EXPECT_EQ(read_file(path("created.xml")), "made");
+  EXPECT_EQ(permissions(path("created.xml")), 0640u);
+  EXPECT_THAT(folder_entries(folder_), ElementsAre("created.xml", "kept.xml"));
+}
+
+TEST_F(OutputFileTest, LinkChainIsFollowedToTheFileItEndsAt) {
+  fs::create_directories(folder_ / "media" / "xml");
+  write_file(folder_ / "media" / "xml" / "project.xml", "old");
+  // out.xml -> media/latest.xml -> xml/project.xml, each relative to its link's folder.
+  fs::create_symlink("xml/project.xml", folder_ / "media" / "latest.xml");
+  fs::create_symlink("media/latest.xml", folder_ / "out.xml");
+
+  write_file_replacing(path("out.xml"), "merged");
+  EXPECT_TRUE(fs::is_symlink(folder_ / "out.xml"));
+  EXPECT_TRUE(fs::is_symlink(folder_ / "media" / "latest.xml"));
+  EXPECT_EQ(read_file(folder_ / "media" / "xml" / "project.xml"), "merged");
+  EXPECT_THAT(folder_entries(folder_ / "media" / "xml"), ElementsAre("project.xml"));
+}
+
+TEST_F(OutputFileTest, FailureLeavesNoTemporaryFileAndNamesThePath) {
+  fs::create_directory(folder_ / "out.xml");
+  try {
+    write_file_replacing(path("out.xml"), "merged");
+    ADD_FAILURE() << "a folder was replaced by a file";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.system_error, EISDIR);
+    EXPECT_EQ(error.what(), "cannot replace \"" + path("out.xml") + "\": Is a directory");
+  }
+  EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml"));
+
+  try {
+    write_file_replacing(path("missing/out.xml"), "merged");
+    ADD_FAILURE() << "a file was written into a missing folder";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.system_error, ENOENT);
+  }
+}
+
+}  // namespace
+}  // namespace pellago::merge_test
