@@ -38,7 +38,8 @@ VALUE merge(VALUE receiver, const VALUE* argv) {
   return report.outcome == Outcome::merged ? Qnil : Qfalse;
 }
 
-// Ruby's own Float#round raises FloatDomainError on these; so does a rate that cannot be rounded.
+// The rate is rounded to a whole frame base: like Float#round, NaN and the infinities raise
+// FloatDomainError.
 void check_rate_is_finite(double rate) {
   if (std::isfinite(rate)) return;
   const char* name = std::isnan(rate) ? "NaN" : rate < 0 ? "-Infinity" : "Infinity";
