@@ -38,10 +38,19 @@ matched exactly too; other columns are ignored. The columns read:
                         green, turquoise, blue, purple, pink
   Aux TC 1, Aux TC 2    the clip's auxiliary timecodes
 
-Timecodes may be written 01:00:10:00, 01;00;10;00, 01.00.10.00 or as the
-number 1001000 (HHMMSSFF). Every <updatebehavior> of the document becomes
-"replaceoradd". OUTPUT may be XML itself; it is replaced only once the whole
-merge has succeeded, and left as it was on any error.)";
+An empty cell clears the field it stands for (Good becomes FALSE).
+Timecodes may be written 01:00:10:00, 01;00;10;00 or 01.00.10.00, or typed
+as the number 1001000 (HHMMSSFF) in a number cell; text without separators is
+a frame count. A clip whose display format is DF counts in drop frames.
+
+Clips are counted from 0 in document order; a clip is rewritten in full only
+while its count is below the number of data rows of the sheet (a clip further
+down only gets its In/Out clearing and subclip copies).
+
+Every <updatebehavior> of the document becomes "replaceoradd". OUTPUT may be
+XML itself; it is replaced only once the whole merge has succeeded, and is
+left as it was on any error.
+)";
 
 constexpr const char* kFooter =
     R"(Exit status: 0 merged; 1 error (the message says which clip and sheet row,

@@ -1,0 +1,161 @@
+#!/usr/bin/env bash
+# Checks the contract of `pellago merge`: exit statuses 0, 1, 2 and 3; the merged bytes; nothing
+# written on failure and an existing output left as it was; the output may be the input; a linked
+# output replaces the file the links end at; a replaced file keeps its permissions; a read-only
+# folder and a file size limit leave the old output and no temporary file behind.
+# Usage: merge_test.sh PATH_OF_PELLAGO SOURCE_DIR
+set -u
+pellago=$1
+source_dir=$2
+failures=0
+
+fail() {
+  echo "FAIL: $*"
+  failures=$((failures + 1))
+}
+
+scratch=$(mktemp -d)
+trap 'chmod -R u+w "$scratch"; rm -rf "$scratch"' EXIT
+# Readable by an unprivileged user, for the read-only folder check below.
+chmod 755 "$scratch"
+cp "$source_dir/examples/log_sheet.xlsx" "$source_dir/examples/project.xml" "$scratch/"
+merged="$source_dir/tests/merge/data/merge_example_logged.xml"
+sheet="$scratch/log_sheet.xlsx"
+project="$scratch/project.xml"
+# A clip without a <duration>: the merge fails at its row.
+sed '/<duration>1500<\/duration>/d' "$project" >"$scratch/broken.xml"
+broken="$scratch/broken.xml"
+
+# run ARGUMENT...: runs pellago with stdin closed to input; sets status, out and err.
+run() {
+  "$pellago" "$@" >"$scratch/stdout" 2>"$scratch/stderr" </dev/null
+  status=$?
+  out=$(cat "$scratch/stdout")
+  err=$(cat "$scratch/stderr")
+}
+
+# expect_status EXPECTED WHAT
+expect_status() {
+  [[ $status -eq $1 ]] || fail "$2: status $status, expected $1 (stderr: $err)"
+}
+
+# expect_same FILE EXPECTED_FILE WHAT
+expect_same() {
+  cmp -s "$1" "$2" || fail "$3: $1 differs from $2"
+}
+
+# expect_only_files FOLDER NAME...: the folder holds exactly these entries (no temporary file).
+expect_only_files() {
+  local folder=$1
+  shift
+  local listed expected
+  listed=$(ls -A "$folder" | sort | tr '\n' ' ')
+  expected=$(printf '%s\n' "$@" | sort | tr '\n' ' ')
+  [[ $listed == "$expected" ]] || fail "$folder holds '$listed', expected '$expected'"
+}
+
+# A merge: status 0, the merged bytes, a one-line summary, no progress bar off a terminal.
+run merge "$sheet" "$project" "$scratch/out.xml"
+expect_status 0 "merge"
+expect_same "$scratch/out.xml" "$merged" "merge"
+summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml"
+[[ $out == "$summary" ]] || fail "summary reads '$out'"
+[[ -z $err ]] || fail "merge wrote to stderr off a terminal: '$err'"
+
+# On a terminal the progress bar is drawn and cleared; --quiet silences it.
+if command -v script >/dev/null; then
+  bar=$(script -qec "'$pellago' merge '$sheet' '$project' '$scratch/out.xml' 2>&1 >/dev/null" /dev/null)
+  [[ $bar == *"merging clips ["*"] 100% 6/6"*$'\r\033[K'* ]] || fail "no progress bar on a terminal: '$bar'"
+  bar=$(script -qec "'$pellago' merge -q '$sheet' '$project' '$scratch/out.xml' 2>&1 >/dev/null" /dev/null)
+  [[ -z $bar ]] || fail "--quiet still drew: '$bar'"
+fi
+
+# Not a log sheet: status 3, one line naming the extensions, nothing written.
+run merge "$scratch/log.XLSX" "$project" "$scratch/not_written.xml"
+expect_status 3 "upper-case extension"
+[[ $err == *".xls"*".xlsx"* && $(wc -l <"$scratch/stderr") -eq 1 ]] || fail "status 3 says '$err'"
+[[ ! -e $scratch/not_written.xml ]] || fail "a file was written for a sheet that is not a log sheet"
+
+# Wrong usage: status 2.
+run merge "$sheet" "$project"
+expect_status 2 "two arguments"
+run merge --colour "$sheet" "$project" "$scratch/not_written.xml"
+expect_status 2 "unknown option"
+[[ ! -e $scratch/not_written.xml ]] || fail "a file was written on wrong usage"
+
+# A failing merge: status 1, one line naming the clip and row; no output, or the old one kept.
+run merge "$sheet" "$broken" "$scratch/not_written.xml"
+expect_status 1 "clip without a duration"
+[[ $err == 'pellago: clip "A001_C001_0611AB" (id A001_C001_0611AB, sheet row 2): no <duration> element' ]] ||
+  fail "failure says '$err'"
+[[ ! -e $scratch/not_written.xml ]] || fail "a failed merge wrote its output"
+echo "earlier output" >"$scratch/kept.xml"
+run merge "$sheet" "$broken" "$scratch/kept.xml"
+expect_status 1 "failure over an existing output"
+[[ $(cat "$scratch/kept.xml") == "earlier output" ]] || fail "a failed merge changed the existing output"
+run merge "$scratch/missing.xlsx" "$project" "$scratch/kept.xml"
+expect_status 1 "missing sheet"
+[[ $err == "pellago: "*"$scratch/missing.xlsx"* ]] || fail "missing sheet says '$err'"
+
+# The output may be the input file itself.
+cp "$project" "$scratch/in_place.xml"
+run merge "$sheet" "$scratch/in_place.xml" "$scratch/in_place.xml"
+expect_status 0 "output is the input"
+expect_same "$scratch/in_place.xml" "$merged" "output is the input"
+
+# A linked output: the file at the end of the chain is replaced, the links stay links.
+mkdir -p "$scratch/links/xml"
+echo "earlier output" >"$scratch/links/xml/target.xml"
+ln -s xml/target.xml "$scratch/links/latest.xml"
+ln -s links/latest.xml "$scratch/linked.xml"
+run merge "$sheet" "$project" "$scratch/linked.xml"
+expect_status 0 "linked output"
+[[ -L $scratch/linked.xml && -L $scratch/links/latest.xml ]] || fail "a link was replaced by a file"
+expect_same "$scratch/links/xml/target.xml" "$merged" "linked output"
+expect_only_files "$scratch/links/xml" target.xml
+
+# A replaced file keeps its permission bits.
+echo "earlier output" >"$scratch/private.xml"
+chmod 600 "$scratch/private.xml"
+run merge "$sheet" "$project" "$scratch/private.xml"
+expect_status 0 "replacing a private file"
+[[ $(stat -c %a "$scratch/private.xml") == 600 ]] || fail "permissions became $(stat -c %a "$scratch/private.xml")"
+
+# A read-only folder: status 1, the old output as it was, no temporary file. Root writes into
+# any folder, so as root the check runs as an unprivileged user.
+as_user=()
+if [[ $(id -u) -eq 0 ]]; then
+  as_user=(setpriv --reuid=nobody --regid=nogroup --clear-groups --)
+fi
+mkdir "$scratch/read_only"
+echo "earlier output" >"$scratch/read_only/out.xml"
+chmod 755 "$scratch/read_only"
+chmod 644 "$scratch/read_only/out.xml" "$sheet" "$project"
+chmod 555 "$scratch/read_only"
+"${as_user[@]}" "$pellago" merge -q "$sheet" "$project" "$scratch/read_only/out.xml" \
+  >/dev/null 2>"$scratch/stderr"
+status=$?
+err=$(cat "$scratch/stderr")
+expect_status 1 "read-only folder"
+[[ $(cat "$scratch/read_only/out.xml") == "earlier output" ]] || fail "read-only folder: output changed"
+expect_only_files "$scratch/read_only" out.xml
+
+# A file size limit (a full disk) makes the write fail: status 1, old output, no temporary file.
+mkdir "$scratch/small"
+echo "earlier output" >"$scratch/small/out.xml"
+(
+  ulimit -f 8
+  "$pellago" merge "$sheet" "$project" "$scratch/small/out.xml" >/dev/null 2>"$scratch/stderr"
+)
+status=$?
+err=$(cat "$scratch/stderr")
+expect_status 1 "file size limit"
+[[ $err == *"File too large"* ]] || fail "file size limit says '$err'"
+[[ $(cat "$scratch/small/out.xml") == "earlier output" ]] || fail "file size limit: output changed"
+expect_only_files "$scratch/small" out.xml
+
+if [[ $failures -ne 0 ]]; then
+  echo "$failures merge check(s) failed"
+  exit 1
+fi
+echo "all merge checks passed"
