@@ -153,10 +153,16 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
   EXPECT_THAT(log_rows(header_only), IsEmpty());
 }
 
-TEST(LogSheet, ReadsAnXlsxWrittenBySpreadsheetSoftware) {
-  const auto path = std::filesystem::temp_directory_path() /
-                    ("log_sheet_test_" + std::to_string(getpid()) + ".xlsx");
-  lxw_workbook* book = workbook_new(path.c_str());
+// Removed when the test ends, passed or failed.
+struct TemporaryFile {
+  std::filesystem::path path;
+  ~TemporaryFile() { std::filesystem::remove(path); }
+};
+
+TEST(LogSheet, ReadsTheSameRowsFromAnXlsxWrittenByLibxlsxwriter) {
+  const TemporaryFile file{std::filesystem::temp_directory_path() /
+                           ("log_sheet_test_" + std::to_string(getpid()) + ".xlsx")};
+  lxw_workbook* book = workbook_new(file.path.c_str());
   lxw_worksheet* log = workbook_add_worksheet(book, "Log");
   const char* headers[] = {"Name",         "Scene",           "Marker Timecode", "Marker Name",
                            "Marker Color", "Marker Timecode", "Marker Comment"};
