@@ -8,6 +8,9 @@ namespace pellago {
 // Frame count of a timecode written by a person ("01:00:00;00", "01.00.00.12", "1000012.0", "250")
 // at `rate` frames per second (rounded half away from zero). display_format "DF" selects
 // drop-frame counting; any other text counts plainly. Never rejects a text.
+//
+// Beyond any real timecode: fields that overflow 64 bits saturate, the total is clamped to the
+// 64-bit range, a NaN rate counts as 0 and the frame base is clamped to +-2^40.
 std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format);
 
 }  // namespace pellago
