@@ -56,8 +56,7 @@ const std::string& header_text(const Cell& header, int column) {
   const std::string where = fmt::format("column {} ({})", column_letters(column), column);
   if (const auto* number = std::get_if<double>(&header)) {
     throw Error(
-        fmt::format("{} header is the number {}, not text: give every column in use a "
-                    "text header",
+        fmt::format("{} header is the number {}, not text: every column in use needs a text header",
                     where, float_text(*number)));
   }
   throw Error(fmt::format("{} has no header text: every column in use needs a text header", where));
