@@ -43,6 +43,7 @@ fs::path follow_links(const std::string& path) {
 mode_t permissions_for(const fs::path& target) {
   struct stat status;
   if (stat(target.c_str(), &status) == 0) return status.st_mode & 07777;
+  // The umask can only be read by setting it: it is put back at once.
   const mode_t mask = umask(0);
   umask(mask);
   return 0666 & ~mask;
