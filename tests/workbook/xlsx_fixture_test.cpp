@@ -63,7 +63,9 @@ TEST(XlsxFixtures, BrokenPackagesFailWithOneLineNamingTheFile) {
       {"malformed_sheet.xlsx",
        ", part \"xl/worksheets/sheet1.xml\": malformed XML at line 2: Opening and ending tag "
        "mismatch"},
-      {"doctype.xlsx", ", part \"xl/worksheets/sheet1.xml\": malformed XML"},
+      {"doctype.xlsx",
+       ", part \"xl/worksheets/sheet1.xml\": a document type declaration, which workbook parts "
+       "never carry"},
       {"damaged_data.xlsx", ": damaged data in part \"xl/worksheets/sheet3.xml\": CRC error"},
       {"bad_shared_index.xlsx",
        ", part \"xl/worksheets/sheet1.xml\": cell B1 refers to shared string \"5\", but the table "

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "workbook/zip_package.hpp"
+
+namespace pellago {
+
+// Where the parts of an Office Open XML workbook are, and what its workbook part says.
+struct XlsxLayout {
+  std::string worksheet_part;  // the first worksheet in workbook order
+  std::optional<std::string> shared_strings_part;
+  std::optional<std::string> styles_part;
+  bool date1904 = false;
+};
+
+// Finds the workbook part through the package relationships (else "xl/workbook.xml"), reads it
+// and its relationships, and resolves the first worksheet; chart sheets are passed over. Each
+// part read may unpack to cap bytes. Throws Error naming the file when a part is missing.
+XlsxLayout locate_xlsx_parts(const ZipPackage& package, std::uint64_t cap);
+
+}  // namespace pellago
