@@ -5,6 +5,7 @@
 
 #include "error.hpp"
 #include "workbook/file_signature.hpp"
+#include "workbook/isolated_read.hpp"
 
 namespace pellago {
 
@@ -39,8 +40,10 @@ std::string freexl_reason(int code) {
       return "its text is in a character set that cannot be converted";
     case FREEXL_BIFF_ILLEGAL_SHEET_INDEX:
       return "it has no worksheet";
+    case FREEXL_ILLEGAL_CELL_ROW_COL:
+      return "a cell lies outside the worksheet's dimensions";
     default:
-      return fmt::format("FreeXL error {}", code);
+      return fmt::format("the workbook is damaged (FreeXL error {})", code);
   }
 }
 
@@ -101,10 +104,7 @@ Cell cell_value(const FreeXL_CellValue& value) {
   }
 }
 
-}  // namespace
-
-Workbook read_xls(const std::string& path) {
-  require_compound_document(path);
+Workbook read_with_freexl(const std::string& path) {
   FreeXlHandle xls;
   check(freexl_open(path.c_str(), &xls.handle), path);
   require_plain(xls.handle, path);
@@ -122,6 +122,13 @@ Workbook read_xls(const std::string& path) {
     }
   }
   return sheet;
+}
+
+}  // namespace
+
+Workbook read_xls(const std::string& path) {
+  require_compound_document(path);
+  return read_isolated(path, [&path] { return read_with_freexl(path); });
 }
 
 }  // namespace pellago

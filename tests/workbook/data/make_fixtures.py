@@ -226,6 +226,16 @@ def write_xls_fixtures():
         whole = handle.read()
     with open(os.path.join(HERE, "truncated.xls"), "wb") as handle:
         handle.write(whole[:700])
+    # The workbook globals' PASSWORD record (0x0013, 2 bytes) turned into a FILEPASS record
+    # (0x002F): the mark of an encrypted workbook, with its size unchanged.
+    password = whole.index(b"\x13\x00\x02\x00\x00\x00")
+    with open(os.path.join(HERE, "encrypted.xls"), "wb") as handle:
+        handle.write(whole[:password] + b"\x2f\x00" + whole[password + 2:])
+    # The second sheet's FOOTER record (0x0015) claiming 122 bytes where it holds 5: FreeXL reads
+    # out of bounds on it and crashes (found by fuzzing).
+    footer = whole.index(b"\x15\x00\x05\x00", 0xA00)
+    with open(os.path.join(HERE, "bad_record_length.xls"), "wb") as handle:
+        handle.write(whole[:footer + 2] + b"\x7a\x00" + whole[footer + 4:])
 
 
 def write_renamed_fixtures():
