@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "error.hpp"
@@ -109,13 +110,6 @@ const Relationship* find_by_type(const std::vector<Relationship>& relationships,
   return found == relationships.end() ? nullptr : &*found;
 }
 
-const Relationship* find_by_id(const std::vector<Relationship>& relationships,
-                               std::string_view id) {
-  const auto found = std::find_if(relationships.begin(), relationships.end(),
-                                  [id](const Relationship& r) { return r.id == id; });
-  return found == relationships.end() ? nullptr : &*found;
-}
-
 // The workbook part named by the package's officeDocument relationship, else the usual name.
 std::string find_workbook_part(const ZipPackage& package, std::uint64_t cap) {
   const auto relationships = read_relationships(package, "", cap);
@@ -187,13 +181,18 @@ WorkbookPart read_workbook_part(const ZipPackage& package, const std::string& pa
 std::string first_worksheet_part(const ZipPackage& package, const std::string& workbook_part,
                                  const WorkbookPart& workbook,
                                  const std::vector<Relationship>& relationships) {
+  std::unordered_map<std::string_view, const Relationship*> by_id;
+  for (const Relationship& relationship : relationships) {
+    by_id.emplace(relationship.id, &relationship);
+  }
   for (const std::string& id : workbook.sheet_ids) {
-    const Relationship* relationship = find_by_id(relationships, id);
-    if (relationship == nullptr) {
+    const auto found = by_id.find(id);
+    if (found == by_id.end()) {
       throw Error(fmt::format("{}: sheet relationship \"{}\" of \"{}\" is not in \"{}\"",
                               package.path(), id, workbook_part,
                               relationships_part_of(workbook_part)));
     }
+    const Relationship* relationship = found->second;
     if (!has_type(*relationship, "worksheet")) continue;
     if (!package.contains(relationship->target)) {
       throw Error(fmt::format("{}: the first worksheet's part \"{}\" is missing from the package",

@@ -143,10 +143,23 @@ class WorksheetHandler final : public PartHandler {
       throw Error(fmt::format("a cell without reference past column {} or outside a row",
                               column_name(kMaxColumn)));
     }
+    require_in_order();
     type_ = cell_type(attributes.get("t").value_or(""));
     style_ = parse_number<int>(attributes.get("s").value_or("")).value_or(0);
     value_.clear();
     has_value_ = false;
+  }
+
+  // Cells come row by row, left to right, each once, as spreadsheet programs write and demand
+  // them; a file that goes back is refused rather than sorted at a cost it could inflate.
+  void require_in_order() {
+    if (row_ < previous_row_ || (row_ == previous_row_ && column_ <= previous_column_)) {
+      throw Error(fmt::format("cell {} comes after cell {}: the cells are out of order",
+                              cell_name(row_, column_),
+                              cell_name(previous_row_, previous_column_)));
+    }
+    previous_row_ = row_;
+    previous_column_ = column_;
   }
 
   void finish_cell() {
@@ -206,6 +219,8 @@ class WorksheetHandler final : public PartHandler {
   std::uint64_t cell_text_bytes_ = 0;
   int row_ = 0;
   int column_ = 0;
+  int previous_row_ = 0;
+  int previous_column_ = 0;
   CellType type_ = CellType::number;
   int style_ = 0;
   std::string value_;

@@ -66,6 +66,9 @@ TEST(XlsxFixtures, BrokenPackagesFailWithOneLineNamingTheFile) {
       {"doctype.xlsx",
        ", part \"xl/worksheets/sheet1.xml\": a document type declaration, which workbook parts "
        "never carry"},
+      {"out_of_order.xlsx",
+       ", part \"xl/worksheets/sheet1.xml\": cell B1 comes after cell C1: the cells are out of "
+       "order"},
       {"damaged_data.xlsx", ": damaged data in part \"xl/worksheets/sheet3.xml\": CRC error"},
       {"bad_shared_index.xlsx",
        ", part \"xl/worksheets/sheet1.xml\": cell B1 refers to shared string \"5\", but the table "

@@ -169,6 +169,8 @@ def write_xlsx_fixtures():
     write_zip("malformed_sheet.xlsx", simple_package(
         worksheet('<row r="1"><c r="A1"><v>1</v></row>')))
     write_zip("doctype.xlsx", simple_package(BILLION_LAUGHS))
+    write_zip("out_of_order.xlsx", simple_package(worksheet(
+        '<row r="1"><c r="A1"><v>1</v></c><c r="C1"><v>3</v></c><c r="B1"><v>2</v></c></row>')))
     write_zip("bad_shared_index.xlsx", simple_package(
         worksheet('<row r="1"><c r="A1" t="s"><v>0</v></c><c r="B1" t="s"><v>5</v></c></row>'),
         f'<sst xmlns="{MAIN_NS}"><si><t>only</t></si></sst>'))
