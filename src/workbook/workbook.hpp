@@ -38,9 +38,11 @@ enum class SheetKind { xls, xlsx, not_a_log_sheet };
 // ".xls", ".xlsx", anything else (".XLS", "log.xls.bak", no extension) is not a log sheet.
 SheetKind sheet_kind(const std::string& path);
 
-// Opens the first worksheet of an .xls (FreeXL) or .xlsx (libzip and libxml2's streaming reader)
-// file. Throws Error with a one-line message that names the file when it cannot be read, is not of
-// the kind its extension says, is damaged, or its first worksheet has no cell in use.
+// Opens the first worksheet of an .xls (FreeXL, in a child process) or .xlsx (libzip and
+// libxml2's SAX2 push parser, streaming) file. Text cells are text, numeric cells numbers; date
+// and time cells are ISO 8601 text. Throws Error with a one-line message that names the file when
+// it cannot be read, is not of the kind its extension says, is damaged, or its first worksheet
+// has no cell in use.
 Workbook open_workbook(const std::string& path, SheetKind kind);
 
 }  // namespace pellago
