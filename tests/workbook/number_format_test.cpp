@@ -53,12 +53,5 @@ TEST(NumberFormat, SerialsBecomeIsoTextInBothDateSystems) {
   }
 }
 
-TEST(NumberFormat, BuiltinDateIdsAreTheDateAndTimeFormats) {
-  for (int id : {14, 15, 16, 17}) EXPECT_EQ(builtin_date_kind(id), DateKind::date) << id;
-  for (int id : {18, 19, 20, 21, 45, 46, 47}) EXPECT_EQ(builtin_date_kind(id), DateKind::time);
-  EXPECT_EQ(builtin_date_kind(22), DateKind::date_time);
-  for (int id : {0, 1, 2, 10, 13, 23, 44, 48, 49}) EXPECT_EQ(builtin_date_kind(id), DateKind::none);
-}
-
 }  // namespace
 }  // namespace pellago
