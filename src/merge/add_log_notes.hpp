@@ -37,8 +37,8 @@ enum class Outcome { merged, not_a_log_sheet };
 struct MergeReport {
   Outcome outcome = Outcome::not_a_log_sheet;
   std::size_t clips_visited = 0;
-  std::size_t clips_changed = 0;   // clips that at least one row was applied to
-  std::size_t subclips_made = 0;   // copies made for further rows
+  std::size_t clips_changed = 0;  // clips that at least one row was applied to
+  std::size_t subclips_made = 0;  // copies made for further rows
   std::size_t markers_added = 0;
   std::size_t rows_unmatched = 0;  // data rows whose Name matched no clip
 };

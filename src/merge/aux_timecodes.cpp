@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "error.hpp"
+#include "merge/required_element.hpp"
 #include "timecode/to_frames.hpp"
 
 namespace pellago {
@@ -47,9 +47,7 @@ void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timi
         to_frames(*value, static_cast<double>(timing.timebase), display_format);
     const Fragment timecode =
         Fragment::parse(aux_timecode_markup(frames, display_format, aux.source));
-    Element file = clip.first("file");
-    if (!file) throw Error(fmt::format("no <file> element to hold \"{}\"", aux.header));
-    file.append_child(timecode);
+    required(clip, "file", fmt::format(" to hold \"{}\"", aux.header)).append_child(timecode);
   }
 }
 

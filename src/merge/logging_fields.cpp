@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "error.hpp"
+#include "merge/required_element.hpp"
 
 namespace pellago {
 namespace {
@@ -62,26 +63,12 @@ std::string good_flag(std::string_view cell) {
   return lowered == "yes" || lowered == "y" ? "TRUE" : "FALSE";
 }
 
-// "labels/label2" -> "<labels><label2>", for messages.
-std::string element_path(std::string_view selector) {
-  std::string path = "<";
-  for (char c : selector) {
-    path += c == '/' ? std::string("><") : std::string(1, c);
-  }
-  return path + ">";
-}
-
 void set_every_match(Element clip, const LoggingField& field, const std::string& text) {
   for (Element element : clip.all(field.selector)) element.set_text(text);
 }
 
 void set_required(Element clip, const LoggingField& field, const std::string& text) {
-  Element element = clip.first(field.selector);
-  if (!element) {
-    throw Error(
-        fmt::format("no {} element to hold \"{}\"", element_path(field.selector), field.header));
-  }
-  element.set_text(text);
+  required(clip, field.selector, fmt::format(" to hold \"{}\"", field.header)).set_text(text);
 }
 
 void set_or_create(Element clip, const LoggingField& field, const std::string& text,

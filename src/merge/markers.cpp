@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "error.hpp"
+#include "merge/required_element.hpp"
 #include "timecode/to_frames.hpp"
 
 namespace pellago {
@@ -71,9 +71,7 @@ void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
     Document markup = Document::parse_string(marker_markup(frame, i + 1));
     Element marker = markup.first_xpath("//marker");
     fill_marker(marker, entry);
-    Element media = clip.first("media");
-    if (!media) throw Error("no <media> element to place its markers after");
-    media.insert_after(marker);
+    required(clip, "media", " to place its markers after").insert_after(marker);
   }
 }
 

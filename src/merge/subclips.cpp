@@ -9,29 +9,13 @@
 #include <utility>
 
 #include "error.hpp"
+#include "merge/required_element.hpp"
 #include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
 
 namespace pellago {
 
 namespace {
-
-// "media/audio/in" -> "<media><audio><in>"
-std::string element_path(std::string_view selector) {
-  std::string path;
-  for (std::size_t start = 0; start <= selector.size();) {
-    const std::size_t end = std::min(selector.find('/', start), selector.size());
-    path += fmt::format("<{}>", selector.substr(start, end - start));
-    start = end + 1;
-  }
-  return path;
-}
-
-Element required(Element scope, std::string_view selector, std::string_view purpose = {}) {
-  Element found = scope.first(selector);
-  if (!found) throw Error(fmt::format("no {} element{}", element_path(selector), purpose));
-  return found;
-}
 
 void set_if_present(Element scope, std::string_view selector, std::string_view text) {
   if (Element found = scope.first(selector)) found.set_text(text);
