@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -18,13 +19,21 @@ struct FramesArguments {
   std::string display_format;
 };
 
+// NaN and the infinities are numbers to the option parser but no frame rate.
+const CLI::Validator kFiniteRate(
+    [](std::string& text) {
+      double rate = 0;
+      return CLI::detail::lexical_cast(text, rate) && std::isfinite(rate)
+                 ? std::string()
+                 : fmt::format("{} is not a number of frames per second", text);
+    },
+    "", "finite rate");
+
 }  // namespace
 
 void add_frames_command(CLI::App& app, int& status) {
   CLI::App* frames = app.add_subcommand(
-      "frames",
-      "Print the frame count of a timecode, counted from 00:00:00:00, as the merge "
-      "converts in and out points, markers and auxiliary timecodes.");
+      "frames", "Print the frame count of a timecode, as the merge converts timecodes");
   auto arguments = std::make_shared<FramesArguments>();
   frames
       ->add_option("TIMECODE", arguments->timecode,
@@ -37,12 +46,15 @@ void add_frames_command(CLI::App& app, int& status) {
       ->add_option("RATE", arguments->rate,
                    "Frames per second, rounded to a whole number: 23.976, 24, 25, 29.97, 30, "
                    "59.94 or 60")
-      ->required();
+      ->required()
+      ->check(kFiniteRate);
   frames
       ->add_option("FORMAT", arguments->display_format,
                    "DF for drop-frame counting; anything else, normally NDF, counts every frame")
       ->required();
   frames->footer(
+      "The count is from 00:00:00:00, as the merge converts in and out points, markers and "
+      "auxiliary timecodes.\n\n"
       "Examples:\n"
       "  pellago frames '01:00:00;00' 29.97 DF    prints 107892\n"
       "  pellago frames 01:00:00:00 25 NDF        prints 90000\n"

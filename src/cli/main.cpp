@@ -2,9 +2,21 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <string>
 
 #include "cli/commands.hpp"
 #include "error.hpp"
+
+namespace {
+
+// Wrong usage in one line: what was wrong, and the help of the command that was being parsed.
+std::string usage_message(const CLI::App* app, const CLI::Error& error) {
+  std::string command = "pellago";
+  for (const CLI::App* sub : app->get_subcommands()) command += " " + sub->get_name();
+  return fmt::format("pellago: {}; see '{} --help'\n", error.what(), command);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using namespace pellago::cli;
@@ -14,6 +26,7 @@ int main(int argc, char** argv) {
       "XML document.\n\nRun 'pellago COMMAND --help' to learn about one command."};
   app.name("pellago");
   app.require_subcommand(1);
+  app.failure_message(usage_message);
   app.footer(
       "Exit status: 0 done, 1 error (nothing written), 2 wrong usage, 3 not a log sheet (merge).");
 

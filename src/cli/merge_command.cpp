@@ -152,8 +152,8 @@ int run_merge(const MergeOptions& options) {
 void add_merge_command(CLI::App& app, int& status) {
   auto options = std::make_shared<MergeOptions>();
   CLI::App* merge = app.add_subcommand("merge", "Merge a log sheet into a Final Cut Pro XML file");
-  merge->description(kDescription);
-  merge->footer(kFooter);
+  // The description is the one-line summary in the program's help; the rest follows the options.
+  merge->footer(fmt::format("{}\n{}", kDescription, kFooter));
   merge->add_option("SHEET", options->sheet, "The log sheet (.xls or .xlsx)")->required();
   merge->add_option("XML", options->xml, "The Final Cut Pro XML document to merge into")
       ->required();

@@ -57,6 +57,8 @@ expect_frames -1495 -- -100.5 25 NDF
 expect_usage_error 01:00:00:00 25
 expect_usage_error 01:00:00:00 fast NDF
 expect_usage_error 01:00:00:00 25 NDF extra
+expect_usage_error 01:00:00:00 nan NDF
+expect_usage_error 01:00:00:00 inf NDF
 
 if [[ $failures -ne 0 ]]; then
   echo "$failures check(s) of pellago frames failed"

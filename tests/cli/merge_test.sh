@@ -76,12 +76,20 @@ expect_status 3 "upper-case extension"
 [[ $err == *".xls"*".xlsx"* && $(wc -l <"$scratch/stderr") -eq 1 ]] || fail "status 3 says '$err'"
 [[ ! -e $scratch/not_written.xml ]] || fail "a file was written for a sheet that is not a log sheet"
 
-# Wrong usage: status 2.
+# Wrong usage: status 2 and one line saying what was wrong and where help is.
 run merge "$sheet" "$project"
 expect_status 2 "two arguments"
+[[ $err == "pellago: OUTPUT is required; see 'pellago merge --help'" ]] || fail "two arguments say '$err'"
 run merge --colour "$sheet" "$project" "$scratch/not_written.xml"
 expect_status 2 "unknown option"
+[[ $err == "pellago: "*"--colour"* && $(wc -l <"$scratch/stderr") -eq 1 ]] || fail "unknown option says '$err'"
 [[ ! -e $scratch/not_written.xml ]] || fail "a file was written on wrong usage"
+
+# The program's help lists each command on one summary line.
+run --help
+expect_status 0 "pellago --help"
+[[ $(sed -n '/^  merge /,/^  inspect /p' "$scratch/stdout" | wc -l) -eq 2 ]] ||
+  fail "merge's summary is not one line: '$out'"
 
 # A failing merge: status 1, one line naming the clip and row; no output, or the old one kept.
 run merge "$sheet" "$broken" "$scratch/not_written.xml"
