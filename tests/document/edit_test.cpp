@@ -10,12 +10,9 @@ namespace {
 using test::parse_body;
 using test::written_body;
 
-TEST(Text, TextConcatenatesTextAndCdataAtEveryDepthUnchanged) {
-  Document document = parse_body("<a> x <b>&lt;y&#233;<![CDATA[<z> & ]]></b>\n</a>");
-  EXPECT_EQ(document.root().text(), " x <y\xC3\xA9<z> & \n");
-}
-
-TEST(Text, SetTextIsWrittenEscapedAndReadsBackIdentically) {
+TEST(Text, TextReadsEveryDepthUnchangedAndSetTextIsWrittenEscaped) {
+  EXPECT_EQ(parse_body("<a> x <b>&lt;y&#233;<![CDATA[<z> & ]]></b>\n</a>").root().text(),
+            " x <y\xC3\xA9<z> & \n");
   Document document = parse_body("<clip><name>old<b/>text</name>\n</clip>");
   const std::string text = "Fish & Chips <take 2> \"A\" 'B' &amp; \xC3\xA9  ";
   document.first("name").set_text(text);
@@ -88,7 +85,7 @@ TEST(Insertion, CopyAppendedToTheParentLandsLast) {
             "<clip id=\"a-2\"><name>A2</name></clip></children>\n");
 }
 
-TEST(Insertion, AnAttachedNodeIsMovedNotDuplicated) {
+TEST(Insertion, AttachedNodesAreMovedAndInsertionsThatBreakTheTreeFail) {
   Document document = parse_body("<a> <b/><c/><d> <e/></d></a>");
   Element b = document.first("b");
   EXPECT_EQ(document.first("e").insert_after(b), b);
@@ -97,6 +94,9 @@ TEST(Insertion, AnAttachedNodeIsMovedNotDuplicated) {
   EXPECT_THROW(document.first("c").insert_after(document.first("c")), Error);
   EXPECT_THROW(document.first("e").insert_after(document.first("d")), Error);
   EXPECT_THROW(document.first("d").append_child(document.root()), Error);
+  EXPECT_THROW(document.first("missing").text(), Error);
+  EXPECT_THROW(document.root().append_child(document.first("missing")), Error);
+  EXPECT_THROW(document.create_element("x").insert_after(document.create_element("y")), Error);
   EXPECT_EQ(written_body(document), "<a> <d> <e/><b/></d><c/></a>\n");
 }
 
@@ -131,13 +131,6 @@ TEST(Insertion, RemovedAndUnattachedNodesStayValidUntilTheDocumentDies) {
   EXPECT_EQ(written_body(document), "<a> <b/><link>1</link></a>\n");
   Document moved = std::move(document);
   EXPECT_EQ(written_body(moved), "<a> <b/><link>1</link></a>\n");
-}
-
-TEST(Insertion, OperationsOnAMissingOrDetachedElementFail) {
-  Document document = parse_body("<a/>");
-  EXPECT_THROW(document.first("b").text(), Error);
-  EXPECT_THROW(document.root().append_child(document.first("b")), Error);
-  EXPECT_THROW(document.create_element("c").insert_after(document.create_element("d")), Error);
 }
 
 }  // namespace

