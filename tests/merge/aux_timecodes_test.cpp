@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "steps_support.hpp"
+#include "merge_files.hpp"
 
 namespace pellago {
 namespace {
 
-using steps_test::make_row;
-using steps_test::read_data;
-using steps_test::replace_all;
+using merge_test::make_row;
+using merge_test::read_data;
+using merge_test::replace_all;
 
 std::string with_aux_timecodes(const std::string& xml, const LogRow& row,
                                const ClipTiming& timing) {

@@ -2,12 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
-#include <xlsxwriter.h>
-
-#include <filesystem>
 
 #include "error.hpp"
+#include "merge_files.hpp"
 
 namespace pellago {
 namespace {
@@ -55,22 +52,6 @@ std::vector<std::string> markers(const LogRow& row) {
 
 const Row kTwoMarkerHeaders{"Name",         "Scene",           "Marker Timecode", "Marker Name",
                             "Marker Color", "Marker Timecode", "Marker Comment"};
-
-TEST(LogSheet, MarkerGroupsBecomeEntriesListedOnlyWithATimecode) {
-  const auto rows = log_rows(sheet({
-      kTwoMarkerHeaders,
-      {"C001", 12.0, "01:00:10:00", "Intro", "Red", "01:00:20:00", "Check focus"},
-      {"C002", 12.0, Cell{}, "Intro", "Red", "01:00:20:00", "Check focus"},
-      {"C003", 12.0, "01:00:10:00", "Intro", "Red", Cell{}, "Check focus"},
-  }));
-  ASSERT_EQ(rows.size(), 3u);
-  EXPECT_THAT(fields(rows[0]), ElementsAre("Name=C001", "Scene=12.0"));
-  EXPECT_THAT(markers(rows[0]),
-              ElementsAre("01:00:10:00 name=Intro color=red", "01:00:20:00 comment=Check focus"));
-  EXPECT_EQ(rows[0].field("Marker Timecode"), nullptr);
-  EXPECT_THAT(markers(rows[1]), ElementsAre("01:00:20:00 comment=Check focus"));
-  EXPECT_THAT(markers(rows[2]), ElementsAre("01:00:10:00 name=Intro color=red"));
-}
 
 TEST(LogSheet, MarkerGroupColumnsComeInAnyOrderAndTheLastOneWins) {
   const auto rows = log_rows(sheet({
@@ -147,36 +128,28 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
   EXPECT_THAT(log_rows(header_only), IsEmpty());
 }
 
-// Removed when the test ends, passed or failed.
-struct TemporaryFile {
-  std::filesystem::path path;
-  ~TemporaryFile() { std::filesystem::remove(path); }
-};
+using LogSheetFile = merge_test::ScratchFolderTest;
 
-TEST(LogSheet, ReadsTheSameRowsFromAnXlsxWrittenByLibxlsxwriter) {
-  const TemporaryFile file{std::filesystem::temp_directory_path() /
-                           ("log_sheet_test_" + std::to_string(getpid()) + ".xlsx")};
-  lxw_workbook* book = workbook_new(file.path.c_str());
-  lxw_worksheet* log = workbook_add_worksheet(book, "Log");
-  const char* example[] = {"C001", nullptr,       "01:00:10:00", "Intro",
-                           "Red",  "01:00:20:00", "Check focus"};
-  for (lxw_col_t c = 0; c < 7; ++c) {
-    worksheet_write_string(log, 0, c, std::get<std::string>(kTwoMarkerHeaders[c]).c_str(), nullptr);
-    if (example[c]) worksheet_write_string(log, 1, c, example[c], nullptr);
-  }
-  worksheet_write_number(log, 1, 1, 12, nullptr);
-  worksheet_write_number(log, 3, 0, 101, nullptr);
-  worksheet_write_string(workbook_add_worksheet(book, "Other"), 0, 0, "Ignored", nullptr);
-  ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
-
-  const Workbook workbook = open_workbook(file.path.string(), SheetKind::xlsx);
-  const auto rows = log_rows(workbook);
-  ASSERT_EQ(rows.size(), 3u);
+// An .xlsx written by libxlsxwriter, read as the merge reads it.
+TEST_F(LogSheetFile, MarkerGroupsBecomeEntriesListedOnlyWithATimecode) {
+  merge_test::write_xlsx(
+      path("log.xlsx"),
+      {kTwoMarkerHeaders,
+       {"C001", 12.0, "01:00:10:00", "Intro", "Red", "01:00:20:00", "Check focus"},
+       {"C002", 12.0, "", "Intro", "Red", "01:00:20:00", "Check focus"},
+       {"C003", 12.0, "01:00:10:00", "Intro", "Red", "", "Check focus"},
+       {},
+       {101.0}});
+  const auto rows = log_rows(open_workbook(path("log.xlsx"), SheetKind::xlsx));
+  ASSERT_EQ(rows.size(), 5u);
   EXPECT_THAT(fields(rows[0]), ElementsAre("Name=C001", "Scene=12.0"));
   EXPECT_THAT(markers(rows[0]),
               ElementsAre("01:00:10:00 name=Intro color=red", "01:00:20:00 comment=Check focus"));
-  EXPECT_THAT(fields(rows[1]), ElementsAre("Name=", "Scene="));
-  EXPECT_THAT(fields(rows[2]), ElementsAre("Name=101.0", "Scene="));
+  EXPECT_EQ(rows[0].field("Marker Timecode"), nullptr);
+  EXPECT_THAT(markers(rows[1]), ElementsAre("01:00:20:00 comment=Check focus"));
+  EXPECT_THAT(markers(rows[2]), ElementsAre("01:00:10:00 name=Intro color=red"));
+  EXPECT_THAT(fields(rows[3]), ElementsAre("Name=", "Scene="));
+  EXPECT_THAT(fields(rows[4]), ElementsAre("Name=101.0", "Scene="));
 }
 
 }  // namespace

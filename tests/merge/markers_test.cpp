@@ -5,13 +5,13 @@
 
 #include "error.hpp"
 #include "merge/logging_fields.hpp"
-#include "steps_support.hpp"
+#include "merge_files.hpp"
 
 namespace pellago {
 namespace {
 
-using steps_test::make_row;
-using steps_test::read_data;
+using merge_test::make_row;
+using merge_test::read_data;
 
 // steps_clip.xml: PAL, starting at 01:00:00:00.
 ClipTiming pal_from_one_hour() {

@@ -7,10 +7,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "merge/log_sheet.hpp"
 #include "workbook/workbook.hpp"
 
 namespace pellago::merge_test {
@@ -52,6 +56,8 @@ inline std::filesystem::path data_path(const std::string& name) {
   return std::filesystem::path(PELLAGO_TEST_DATA) / name;
 }
 
+inline std::string read_data(const std::string& name) { return read_file(data_path(name)); }
+
 inline std::filesystem::path source_path(const std::string& name) {
   return std::filesystem::path(PELLAGO_SOURCE_DIR) / name;
 }
@@ -62,6 +68,28 @@ inline std::string replace_after(std::string text, const std::string& anchor,
   const std::size_t at = text.find(from, text.find(anchor));
   if (at != std::string::npos) text.replace(at, from.size(), to);
   return text;
+}
+
+// `text` with every `from` replaced by `to`.
+inline std::string replace_all(std::string text, const std::string& from, const std::string& to) {
+  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+// A row as the log sheet reader makes it: ordinary columns in order, markers apart.
+inline LogRow make_row(std::initializer_list<std::pair<std::string, std::string>> fields,
+                       std::vector<MarkerEntry> markers = {}) {
+  auto headers = std::make_shared<std::vector<std::string>>();
+  LogRow row;
+  for (const auto& [header, value] : fields) {
+    headers->push_back(header);
+    row.values.push_back(value);
+  }
+  row.headers = std::move(headers);
+  row.markers = std::move(markers);
+  return row;
 }
 
 // Names of the entries of a folder, sorted.
