@@ -26,6 +26,17 @@ ClipTiming timing_of_clip(const std::string& inner) {
   return timing_of(document, "A");
 }
 
+TEST(FrameRates, LookupTakesTheFirstRowWhosePairMatchesExactly) {
+  EXPECT_EQ(find_frame_rate(FRAME_RATES, 24, "TRUE")->fcp_rate, 23.976);
+  EXPECT_FALSE(find_frame_rate(FRAME_RATES, 25, "TRUE"));
+  EXPECT_FALSE(find_frame_rate(FRAME_RATES, 30, "true"));
+  EXPECT_FALSE(find_frame_rate(FRAME_RATES, 30, "TRUE\n"));
+  EXPECT_FALSE(find_frame_rate(FRAME_RATES, 30 + (std::int64_t{1} << 32), "TRUE"));
+
+  const FrameRates host = {{"first", 25, "TRUE", 25}, {"second", 25, "TRUE", 24.5}};
+  EXPECT_EQ(find_frame_rate(host, 25, "TRUE")->type, "first");
+}
+
 class ClipTimingOfExport : public ::testing::Test {
  protected:
   Document document = Document::parse_file(PELLAGO_TEST_DATA "/master_clips.xml");
