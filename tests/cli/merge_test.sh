@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Checks the contract of `pellago merge`: exit statuses 0, 1, 2 and 3; the merged bytes; nothing
 # written on failure and an existing output left as it was; the output may be the input; a linked
-# output replaces the file the links end at; a replaced file keeps its permissions; a file size
-# limit leaves the old output and no temporary file behind.
+# output replaces the file the links end at; a replaced file keeps its permissions; a read-only
+# folder and a file size limit leave the old output and no temporary file behind.
 # Usage: merge_test.sh PATH_OF_PELLAGO SOURCE_DIR
 set -u
 pellago=$1
@@ -15,7 +15,9 @@ fail() {
 }
 
 scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+trap 'chmod -R u+w "$scratch"; rm -rf "$scratch"' EXIT
+# Readable by an unprivileged user, for the read-only folder check below.
+chmod 755 "$scratch"
 cp "$source_dir/examples/log_sheet.xlsx" "$source_dir/examples/project.xml" "$scratch/"
 merged="$source_dir/tests/merge/data/merge_example_logged.xml"
 sheet="$scratch/log_sheet.xlsx"
@@ -123,6 +125,25 @@ chmod 600 "$scratch/private.xml"
 run merge "$sheet" "$project" "$scratch/private.xml"
 expect_status 0 "replacing a private file"
 [[ $(stat -c %a "$scratch/private.xml") == 600 ]] || fail "permissions became $(stat -c %a "$scratch/private.xml")"
+
+# A read-only folder: status 1, the old output as it was, no temporary file. Root writes into
+# any folder, so as root the check runs as an unprivileged user.
+as_user=()
+if [[ $(id -u) -eq 0 ]]; then
+  as_user=(setpriv --reuid=nobody --regid=nogroup --clear-groups --)
+fi
+mkdir "$scratch/read_only"
+echo "earlier output" >"$scratch/read_only/out.xml"
+chmod 755 "$scratch/read_only"
+chmod 644 "$scratch/read_only/out.xml" "$sheet" "$project"
+chmod 555 "$scratch/read_only"
+"${as_user[@]}" "$pellago" merge -q "$sheet" "$project" "$scratch/read_only/out.xml" \
+  >/dev/null 2>"$scratch/stderr"
+status=$?
+err=$(cat "$scratch/stderr")
+expect_status 1 "read-only folder"
+[[ $(cat "$scratch/read_only/out.xml") == "earlier output" ]] || fail "read-only folder: output changed"
+expect_only_files "$scratch/read_only" out.xml
 
 # A file size limit (a full disk) makes the write fail: status 1, old output, no temporary file.
 mkdir "$scratch/small"
