@@ -154,6 +154,7 @@ std::vector<Cell> read_header_row(const Workbook& workbook) {
 }
 
 std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers) {
+  if (workbook.last_row() == 0) throw Error("the first worksheet has no cell in use");
   std::vector<LogRow> rows;
   if (workbook.last_row() < kFirstDataRow) return rows;
   const SheetPlan plan = plan_columns(headers);

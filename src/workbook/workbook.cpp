@@ -65,11 +65,7 @@ Workbook open_workbook(const std::string& path, SheetKind kind) {
   if (kind == SheetKind::not_a_log_sheet) {
     throw Error(fmt::format("{}: not a log sheet: its extension is neither .xls nor .xlsx", path));
   }
-  Workbook sheet = kind == SheetKind::xls ? read_xls(path) : read_xlsx(path);
-  if (sheet.last_row() == 0) {
-    throw Error(fmt::format("{}: the first worksheet has no cell in use", path));
-  }
-  return sheet;
+  return kind == SheetKind::xls ? read_xls(path) : read_xlsx(path);
 }
 
 }  // namespace pellago

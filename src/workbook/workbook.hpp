@@ -41,8 +41,8 @@ SheetKind sheet_kind(const std::string& path);
 // Opens the first worksheet of an .xls (FreeXL, in a child process) or .xlsx (libzip and
 // libxml2's SAX2 push parser, streaming) file. Text cells are text, numeric cells numbers; date
 // and time cells are ISO 8601 text. Throws Error with a one-line message that names the file when
-// it cannot be read, is not of the kind its extension says, is damaged, or its first worksheet
-// has no cell in use.
+// it cannot be read, is not of the kind its extension says, or is damaged. A first worksheet with
+// no cell in use opens, with last_row and last_column 0.
 Workbook open_workbook(const std::string& path, SheetKind kind);
 
 }  // namespace pellago

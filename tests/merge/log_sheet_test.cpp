@@ -126,6 +126,9 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
   const Workbook header_only = sheet({{"Name", Cell{}, "Scene"}});
   EXPECT_THAT(read_header_row(header_only), ElementsAre(Cell{"Name"}, Cell{}, Cell{"Scene"}));
   EXPECT_THAT(log_rows(header_only), IsEmpty());
+
+  EXPECT_THAT(read_header_row(Workbook{}), IsEmpty());
+  EXPECT_EQ(error_of(Workbook{}), "the first worksheet has no cell in use");
 }
 
 using LogSheetFile = merge_test::ScratchFolderTest;

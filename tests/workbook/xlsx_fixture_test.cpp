@@ -94,8 +94,7 @@ TEST(XlsxFixtures, PartsAreCappedAsTheyUnpack) {
               ::testing::HasSubstr("unpacks to more than 100 bytes"));
   EXPECT_THAT(read_error(fixture("handmade.xlsx"), {.cell_text_bytes = 20}),
               ::testing::HasSubstr("the worksheet's text passes 20 bytes"));
-  EXPECT_THAT([&] { open_workbook(bomb, SheetKind::xlsx); },
-              ::testing::ThrowsMessage<Error>(bomb + ": the first worksheet has no cell in use"));
+  EXPECT_EQ(open_workbook(bomb, SheetKind::xlsx).last_row(), 0);
 }
 
 }  // namespace
