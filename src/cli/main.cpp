@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <new>
 #include <string>
 
 #include "cli/commands.hpp"
@@ -41,6 +42,9 @@ int main(int argc, char** argv) {
     return app.exit(e) == 0 ? kExitOk : kExitUsage;
   } catch (const pellago::Error& e) {
     std::fputs(fmt::format("pellago: {}\n", e.what()).c_str(), stderr);
+    return kExitError;
+  } catch (const std::bad_alloc&) {
+    std::fputs("pellago: out of memory; nothing was written\n", stderr);
     return kExitError;
   }
   return status;

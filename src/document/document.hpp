@@ -2,11 +2,14 @@
 
 #include <libxml/tree.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "document/libxml_errors.hpp"
 
 namespace pellago {
 
@@ -72,9 +75,10 @@ class Element {
 // Owns a parsed libxml2 tree and every node created for it or detached from it. Move-only.
 class Document {
  public:
-  // Recovering parse, no network, blank text kept, entities not substituted. A file that cannot
-  // be opened or read throws Error with its errno; so does input from which no document at all
-  // can be built.
+  // Recovering parse, no network, blank text kept, entities not substituted. A file is read in
+  // chunks while the tree is built. A file that cannot be opened or read throws Error with its
+  // errno; input from which no document at all can be built throws Error. What was repaired is
+  // in recovered_errors(); libxml2 prints nothing.
   static Document parse_file(const std::string& path);
   static Document parse_string(std::string_view markup);
 
@@ -83,6 +87,8 @@ class Document {
   ~Document();
 
   xmlDocPtr get() const noexcept { return doc_.get(); }
+  // The errors the parse recovered from; a count of 0 when the input was well-formed.
+  const RecoveredErrors& recovered_errors() const noexcept { return recovered_; }
   Element root() const;
 
   // Selectors as for Element, evaluated below the document node (the root element included).
@@ -95,15 +101,19 @@ class Document {
 
   // libxml2's standard formatted output of the whole document in the document's own encoding:
   // XML declaration, DOCTYPE, root element; indentation only inside elements holding no text node.
+  // The bytes go to `sink` in consecutive chunks as they are made; an exception from the sink
+  // stops the output and is rethrown.
+  void write(const std::function<void(std::string_view)>& sink) const;
   std::string write() const;
 
  private:
   struct Deleter {
     void operator()(xmlDocPtr doc) const noexcept;
   };
-  explicit Document(xmlDocPtr doc);
+  Document(xmlDocPtr doc, RecoveredErrors recovered);
 
   std::unique_ptr<xmlDoc, Deleter> doc_;
+  RecoveredErrors recovered_;
 };
 
 // Markup parsed as the content of an otherwise empty root element of a private document; the

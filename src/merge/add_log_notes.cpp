@@ -50,9 +50,24 @@ std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
   return unmatched;
 }
 
-std::string with_final_line_feed(std::string text) {
-  if (text.empty() || text.back() != '\n') text += '\n';
-  return text;
+// The document, ending in a line feed whether or not libxml2's output did.
+void write_document(const Document& document, const OutputSink& sink) {
+  char last = '\0';
+  document.write([&](std::string_view bytes) {
+    if (bytes.empty()) return;
+    sink(bytes);
+    last = bytes.back();
+  });
+  if (last != '\n') sink("\n");
+}
+
+void refuse_recovered(const RecoveredErrors& errors, const std::string& xml_path) {
+  if (errors.count == 0) return;
+  throw Error(
+      fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} in all); a strict "
+                  "merge refuses it",
+                  xml_path, errors.line, errors.column, errors.message,
+                  errors.count == 1 ? "1 error" : fmt::format("{} errors", errors.count)));
 }
 
 }  // namespace
@@ -61,6 +76,8 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
                           const std::string& output_path, const Host& host) {
   const SheetKind kind = sheet_kind(sheet_path);
   if (kind == SheetKind::not_a_log_sheet) return {};
+  const LibxmlErrors quiet;
+  check_output_target(output_path, sheet_path);
 
   const Workbook workbook = open_workbook(sheet_path, kind);
   const std::vector<Cell> headers = read_header_row(workbook);
@@ -68,11 +85,12 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
 
   Document document = Document::parse_file(xml_path);
+  if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
   set_up_progress(host, clips.size());
 
-  MergeReport report{.outcome = Outcome::merged};
+  MergeReport report{.outcome = Outcome::merged, .recovered = document.recovered_errors()};
   const RowsByName index = index_rows_by_name(rows);
   MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size())};
   for (std::size_t position = 0; position < clips.size(); ++position) {
@@ -80,7 +98,8 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   }
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
 
-  write_file_replacing(output_path, with_final_line_feed(document.write()));
+  write_file_replacing(output_path,
+                       [&document](const OutputSink& sink) { write_document(document, sink); });
   return report;
 }
 
