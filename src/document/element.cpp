@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <libxml/entities.h>
 
 #include "document/document.hpp"
 #include "document/select.hpp"
@@ -85,12 +86,72 @@ Element Element::first_xpath(const std::string& expression) const {
   return found.empty() ? Element() : Element(found.front());
 }
 
+namespace {
+
+// Collects the text below a node, entity references expanded, and refuses to build more than
+// kMaxTextBytes of it, to visit more than kMaxTextNodes nodes or to go deeper than kMaxDepth: a
+// few nested entity definitions would otherwise expand a small file into gigabytes.
+class TextReader {
+ public:
+  explicit TextReader(xmlNodePtr element) : element_(element) {}
+
+  std::string read() {
+    append_children(element_);
+    return std::move(text_);
+  }
+
+ private:
+  void append_children(xmlNodePtr node) {
+    if (++depth_ > kMaxDepth) refuse();
+    for (xmlNodePtr child = node->children; child; child = child->next) append(child);
+    --depth_;
+  }
+
+  void append(xmlNodePtr node) {
+    if (++visited_ > kMaxTextNodes) refuse();
+    switch (node->type) {
+      case XML_TEXT_NODE:
+      case XML_CDATA_SECTION_NODE:
+        if (node->content) {
+          const std::string_view content = text_of(node->content);
+          if (content.size() > kMaxTextBytes - text_.size()) refuse();
+          text_ += content;
+        }
+        break;
+      case XML_ELEMENT_NODE:
+        append_children(node);
+        break;
+      case XML_ENTITY_REF_NODE:
+        if (xmlEntityPtr entity = xmlGetDocEntity(node->doc, node->name)) {
+          append_children(reinterpret_cast<xmlNodePtr>(entity));
+        }
+        break;
+      default:
+        break;
+    }
+  }
+
+  [[noreturn]] void refuse() const {
+    throw Error(
+        fmt::format("cannot read the text of <{}>: its entity references expand to more "
+                    "than {} bytes, {} nodes or {} levels",
+                    text_of(element_->name), kMaxTextBytes, kMaxTextNodes, kMaxDepth));
+  }
+
+  static constexpr std::size_t kMaxTextBytes = 10'000'000;
+  static constexpr std::size_t kMaxTextNodes = 1'000'000;
+  static constexpr int kMaxDepth = 1'000;
+
+  xmlNodePtr element_;
+  std::string text_;
+  std::size_t visited_ = 0;
+  int depth_ = 0;
+};
+
+}  // namespace
+
 std::string Element::text() const {
-  xmlChar* content = xmlNodeGetContent(require(node_, "read the text of an element"));
-  if (!content) return {};
-  std::string text = text_of(content);
-  xmlFree(content);
-  return text;
+  return TextReader(require(node_, "read the text of an element")).read();
 }
 
 // The replaced children are detached, not freed: they stay unattached nodes of the document, so a

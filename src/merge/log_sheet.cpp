@@ -99,7 +99,7 @@ std::string lower_ascii(std::string text) {
 }
 
 LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
-  LogRow log_row{plan.headers, std::vector<std::string>(plan.headers->size()), {}};
+  LogRow log_row{plan.headers, {}, {}};
   // Every "Marker Timecode" column starts a new marker, listed only when its timecode is not
   // empty; the group's other columns fill it in. Before the first one they fill a marker that
   // is never listed.
@@ -109,7 +109,10 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
     std::string text = cell_text(workbook.cell(row, column.column));
     switch (column.role) {
       case ColumnRole::field:
-        log_row.values[column.slot] = std::move(text);
+        if (!text.empty() && column.slot >= log_row.values.size()) {
+          log_row.values.resize(column.slot + 1);
+        }
+        if (column.slot < log_row.values.size()) log_row.values[column.slot] = std::move(text);
         break;
       case ColumnRole::marker_timecode:
         if (text.empty()) {
@@ -139,9 +142,14 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
 const std::string* LogRow::field(std::string_view header) const {
   if (!headers) return nullptr;
   for (std::size_t i = 0; i < headers->size(); ++i) {
-    if ((*headers)[i] == header) return &values[i];
+    if ((*headers)[i] == header) return &value(i);
   }
   return nullptr;
+}
+
+const std::string& LogRow::value(std::size_t slot) const {
+  static const std::string kEmptyText;
+  return slot < values.size() ? values[slot] : kEmptyText;
 }
 
 std::vector<Cell> read_header_row(const Workbook& workbook) {

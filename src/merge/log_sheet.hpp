@@ -23,12 +23,16 @@ struct LogRow {
   // The sheet's ordinary (non-marker) column headers, distinct, shared by every row of the sheet.
   std::shared_ptr<const std::vector<std::string>> headers;
   // values[i] is the cell text under (*headers)[i]; with duplicate headers the right-hand one.
+  // Empty texts after the last non-empty one may be left out (a blank row holds none), so that
+  // a sheet with far-away rows costs next to nothing per empty row: read them through value().
   std::vector<std::string> values;
   std::vector<MarkerEntry> markers;
 
   // The cell text under `header`, or nullptr when no ordinary column has that header (absent,
   // which differs from the empty text of an empty cell).
   const std::string* field(std::string_view header) const;
+  // The cell text under (*headers)[slot]; the empty text past the end of values.
+  const std::string& value(std::size_t slot) const;
 };
 
 // The raw values of row 1, from column 1 to the last column.

@@ -32,7 +32,7 @@ std::vector<LogRow> log_rows(const Workbook& workbook) {
 std::vector<std::string> fields(const LogRow& row) {
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < row.headers->size(); ++i) {
-    texts.push_back((*row.headers)[i] + "=" + row.values.at(i));
+    texts.push_back((*row.headers)[i] + "=" + row.value(i));
   }
   return texts;
 }
