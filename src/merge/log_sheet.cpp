@@ -91,6 +91,17 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row) {
   return {std::move(headers), std::move(columns)};
 }
 
+// Every text read from the sheet may end up in the XML document: one that XML 1.0 cannot carry
+// ends the read, naming the row, the column and what is wrong.
+void require_xml_text(const std::string& text, int row, int column) {
+  if (const auto problem = text_xml_cannot_carry(text)) {
+    throw Error(
+        fmt::format("sheet row {}, column {} ({}): the cell holds {}, which XML 1.0 "
+                    "cannot carry",
+                    row, column_letters(column), column, *problem));
+  }
+}
+
 std::string lower_ascii(std::string text) {
   for (char& c : text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -107,6 +118,7 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
   MarkerEntry* marker = &unlisted;
   for (const ColumnPlan& column : plan.columns) {
     std::string text = cell_text(workbook.cell(row, column.column));
+    require_xml_text(text, row, column.column);
     switch (column.role) {
       case ColumnRole::field:
         if (!text.empty() && column.slot >= log_row.values.size()) {
