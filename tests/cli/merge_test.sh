@@ -160,6 +160,14 @@ for xml in truncated nul; do
   [[ ! -e $scratch/strict.xml ]] || fail "--strict wrote a file for the $xml document"
 done
 
+# Characters XML cannot carry: an .xls cell holding ESC ends the merge with one line naming the
+# row, the column and the character; nothing is written.
+run merge "$source_dir/tests/cli/data/control_character.xls" "$project" "$scratch/not_written.xml"
+expect_status 1 "control character"
+[[ $err == *"sheet row 2, column B (2): the cell holds U+001B, which XML 1.0 cannot carry" ]] ||
+  fail "control character says '$err'"
+[[ ! -e $scratch/not_written.xml ]] || fail "a file was written for a control character"
+
 # A replaced file keeps its permission bits.
 echo "earlier output" >"$scratch/private.xml"
 chmod 600 "$scratch/private.xml"
