@@ -1,0 +1,16 @@
+// The .xlsx reader and the log-sheet reader over whatever it reads.
+#include "error.hpp"
+#include "fuzz_file.hpp"
+#include "merge/log_sheet.hpp"
+#include "workbook/workbook.hpp"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const pellago::fuzz::InputFile input(".xlsx");
+  try {
+    const pellago::Workbook workbook =
+        pellago::open_workbook(input.write(data, size), pellago::SheetKind::xlsx);
+    pellago::read_log_rows(workbook, pellago::read_header_row(workbook));
+  } catch (const pellago::Error&) {
+  }
+  return 0;
+}
