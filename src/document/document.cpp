@@ -14,6 +14,7 @@
 #include "document/libxml_errors.hpp"
 #include "document/select.hpp"
 #include "document/unattached_nodes.hpp"
+#include "document/xml_text.hpp"
 #include "error.hpp"
 
 namespace pellago {
@@ -112,6 +113,56 @@ struct SinkOutput {
   std::exception_ptr failure;
 };
 
+// The content of a node that is written as it is: text, CDATA, comment, processing instruction.
+bool holds_written_content(xmlNodePtr node) {
+  switch (node->type) {
+    case XML_TEXT_NODE:
+    case XML_CDATA_SECTION_NODE:
+    case XML_COMMENT_NODE:
+    case XML_PI_NODE:
+      return node->content != nullptr;
+    default:
+      return false;
+  }
+}
+
+// Throws Error when the content of `node` holds what XML 1.0 cannot carry; `owner` names where.
+void require_xml_content(xmlNodePtr node, xmlNodePtr owner) {
+  if (!holds_written_content(node)) return;
+  const auto problem = text_xml_cannot_carry(reinterpret_cast<const char*>(node->content));
+  if (!problem) return;
+  throw Error(
+      fmt::format("cannot write the document: <{}> at line {} holds {}, which XML 1.0 "
+                  "cannot carry",
+                  owner ? reinterpret_cast<const char*>(owner->name) : "", node->line, *problem));
+}
+
+// Every text, attribute value, comment and processing instruction of the tree, checked before
+// any byte is written: libxml2 would copy what XML cannot carry into the output unchanged.
+void require_xml_tree(xmlDocPtr doc) {
+  xmlNodePtr node = doc->children;
+  while (node) {
+    require_xml_content(
+        node, node->parent && node->parent->type == XML_ELEMENT_NODE ? node->parent : nullptr);
+    if (node->type == XML_ELEMENT_NODE) {
+      for (xmlAttrPtr attribute = node->properties; attribute; attribute = attribute->next) {
+        for (xmlNodePtr value = attribute->children; value; value = value->next) {
+          require_xml_content(value, node);
+        }
+      }
+    }
+    if (node->type == XML_ELEMENT_NODE && node->children) {
+      node = node->children;
+      continue;
+    }
+    while (node && !node->next) {
+      node = node->parent;
+      if (node == reinterpret_cast<xmlNodePtr>(doc)) node = nullptr;
+    }
+    if (node) node = node->next;
+  }
+}
+
 }  // namespace
 
 void Document::Deleter::operator()(xmlDocPtr doc) const noexcept {
@@ -168,6 +219,7 @@ Element Document::create_element(std::string_view name) {
 void Document::write(const std::function<void(std::string_view)>& sink) const {
   const char* encoding = reinterpret_cast<const char*>(doc_->encoding);
   const std::string encoding_name = encoding ? encoding : "UTF-8";
+  require_xml_tree(doc_.get());
   const LibxmlErrors quiet;
   SinkOutput output{sink, nullptr};
   xmlSaveCtxtPtr save = xmlSaveToIO(&SinkOutput::write, nullptr, &output, encoding,

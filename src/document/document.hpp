@@ -102,7 +102,8 @@ class Document {
   // libxml2's standard formatted output of the whole document in the document's own encoding:
   // XML declaration, DOCTYPE, root element; indentation only inside elements holding no text node.
   // The bytes go to `sink` in consecutive chunks as they are made; an exception from the sink
-  // stops the output and is rethrown.
+  // stops the output and is rethrown. A text, attribute value or comment holding what XML 1.0
+  // cannot carry (a control character, bytes that are not UTF-8) throws Error before any output.
   void write(const std::function<void(std::string_view)>& sink) const;
   std::string write() const;
 

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "document/xml_text.hpp"
 #include "error.hpp"
 #include "merge/cell_text.hpp"
 

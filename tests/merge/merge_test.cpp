@@ -250,7 +250,7 @@ TEST_F(MergeTest, ExpandingInputsStayWithinBounds) {
 }
 
 // A text that XML 1.0 cannot carry ends the merge naming the row, the column and the character:
-// control characters (from .xlsx escapes too), NUL, and bytes that are not UTF-8.
+// control characters (from .xlsx escapes too) and NUL; bytes that are not UTF-8 in the document.
 TEST_F(MergeTest, TextsXmlCannotCarryEndTheMerge) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"ring\a", "U+0007"},
@@ -266,6 +266,13 @@ TEST_F(MergeTest, TextsXmlCannotCarryEndTheMerge) {
                              character + ", which XML 1.0 cannot carry"))
         << text;
   }
+  // Bytes that are not UTF-8 in the document itself are recovered by the parser, never written.
+  write_xlsx(path("log.xlsx"), {{"Name"}, {"A001"}});
+  write_file(path("latin.xml"),
+             replace_all(read_data("merge_matching.xml"), "<xmeml version=\"5\">",
+                         "<xmeml version=\"5\"><!-- caf\xE9 -->"));
+  EXPECT_THAT([&] { add_log_notes(path("log.xlsx"), path("latin.xml"), path("out.xml")); },
+              ThrowsMessage<Error>(HasSubstr("holds the byte 0xE9 that is not UTF-8")));
   EXPECT_FALSE(std::filesystem::exists(path("out.xml")));
   write_xlsx(path("log.xlsx"),
              {{"Name", "Log Note"}, {"A001", "tab\tline\ncarriage\r \xF0\x9F\x8E\xAC"}});
