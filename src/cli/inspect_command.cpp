@@ -1,6 +1,9 @@
 #include <fmt/format.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -69,6 +72,9 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
     std::fputs(fmt::format("{}\n    {}", i == 0 ? "" : ",", dump_at_depth(row, 2)).c_str(), stdout);
   }
   std::fputs(rows.empty() ? "]\n}\n" : "\n  ]\n}\n", stdout);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    throw Error(fmt::format("cannot write standard output: {}", std::strerror(errno)), errno);
+  }
 }
 
 // Log row errors do not name the file; workbook errors already do.
@@ -91,6 +97,8 @@ int inspect_log_sheet(const std::string& path) {
                stderr);
     return kExitNotALogSheet;
   }
+  // A closed pipe on standard output fails the write instead of killing the process.
+  std::signal(SIGPIPE, SIG_IGN);
   const Workbook workbook = open_workbook(path, kind);
   const std::vector<Cell> headers = read_header_row(workbook);
   const std::vector<LogRow> rows = read_rows_of(path, workbook, headers);

@@ -137,6 +137,9 @@ run merge "$sheet" "$project" -
 expect_status 0 "standard output"
 expect_same "$scratch/stdout" "$merged" "standard output"
 [[ $err == "merged 6 clips"*"wrote standard output" ]] || fail "standard output: summary '$err'"
+"$pellago" merge "$sheet" "$project" - 2>/dev/null | head -c 1 >/dev/null
+status=${PIPESTATUS[0]}
+[[ $status -eq 1 || $status -eq 0 ]] || fail "a closed standard output ended the merge with status $status"
 
 # Recovered documents: a truncated export or a NUL byte halfway merges what was read, with one
 # warning line naming the file, line, column and error count, and a note in the summary; nothing
