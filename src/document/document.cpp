@@ -56,8 +56,15 @@ xmlDocPtr parse_memory(std::string_view markup, const std::string& what, Recover
       errors, what);
 }
 
-// An open file that libxml2 reads in chunks; a failed read keeps its errno.
+// A file open for libxml2 to read in chunks; a failed read keeps its errno. Closed at the end.
 struct FileInput {
+  explicit FileInput(const std::string& path) : fd(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  FileInput(const FileInput&) = delete;
+  FileInput& operator=(const FileInput&) = delete;
+  ~FileInput() {
+    if (fd >= 0) close(fd);
+  }
+
   static int read(void* context, char* buffer, int length) {
     auto* input = static_cast<FileInput*>(context);
     for (;;) {
@@ -70,7 +77,7 @@ struct FileInput {
     }
   }
 
-  int fd = -1;
+  int fd;
   int error = 0;
 };
 
@@ -78,7 +85,7 @@ xmlDocPtr parse_path(const std::string& path, RecoveredErrors& errors) {
   auto fail = [&path](int error) -> Error {
     return Error(fmt::format("cannot read \"{}\": {}", path, std::strerror(error)), error);
   };
-  FileInput input{.fd = open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+  FileInput input(path);
   if (input.fd < 0) throw fail(errno);
   const std::string what = fmt::format("\"{}\"", path);
   xmlDocPtr doc = nullptr;
@@ -88,7 +95,6 @@ xmlDocPtr parse_path(const std::string& path, RecoveredErrors& errors) {
     doc = xmlCtxtReadIO(context.get(), &FileInput::read, nullptr, &input, path.c_str(), nullptr,
                         kParseOptions);
   }
-  close(input.fd);
   if (input.error != 0) {
     xmlFreeDoc(doc);
     throw fail(input.error);
