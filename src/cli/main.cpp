@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <exception>
 #include <new>
 #include <string>
 
@@ -45,6 +46,9 @@ int main(int argc, char** argv) {
     return kExitError;
   } catch (const std::bad_alloc&) {
     std::fputs("pellago: out of memory; nothing was written\n", stderr);
+    return kExitError;
+  } catch (const std::exception& e) {
+    std::fputs(fmt::format("pellago: {}; nothing was written\n", e.what()).c_str(), stderr);
     return kExitError;
   }
   return status;
