@@ -9,10 +9,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzedDataProvider input(data, size);
   pellago::Workbook workbook;
   while (input.remaining_bytes() > 0) {
-    // Mostly the first rows and columns, where headers and markers meet; now and then far away.
-    const bool far = input.ConsumeIntegralInRange(0, 255) == 0;
-    const int row = input.ConsumeIntegralInRange(1, far ? 1048576 : 6);
-    const int column = input.ConsumeIntegralInRange(1, far ? 16384 : 12);
+    // Mostly the first rows and columns, where headers and markers meet; now and then further
+    // (not to the sheet's last row: every row up to the last is read, which makes a run slow).
+    const bool far = input.ConsumeIntegralInRange(0, 15) == 0;
+    const int row = input.ConsumeIntegralInRange(1, far ? 2000 : 6);
+    const int column = input.ConsumeIntegralInRange(1, far ? 300 : 12);
     switch (input.ConsumeIntegralInRange(0, 2)) {
       case 0:
         workbook.set_cell(row, column, input.ConsumeFloatingPoint<double>());
