@@ -113,6 +113,31 @@ std::vector<std::pair<std::string, std::string>> leaves_of(Element element) {
   return leaves;
 }
 
+// The columns of each listed marker of a sheet row: its "Marker Timecode" column and the last
+// "Marker Color" column of its group (0 when the group has none), in the order of the row's
+// markers. A group is listed when its timecode cell is not empty.
+struct MarkerColumns {
+  int timecode = 0;
+  int color = 0;
+};
+
+std::vector<MarkerColumns> marker_columns(const Workbook& workbook,
+                                          const std::vector<Cell>& headers, int row) {
+  std::vector<MarkerColumns> listed;
+  bool in_listed_group = false;
+  for (int column = 1; column <= static_cast<int>(headers.size()); ++column) {
+    const auto* header = std::get_if<std::string>(&headers[column - 1]);
+    if (!header) continue;
+    if (*header == "Marker Timecode") {
+      in_listed_group = !cell_text(workbook.cell(row, column)).empty();
+      if (in_listed_group) listed.push_back({column, 0});
+    } else if (*header == "Marker Color" && in_listed_group) {
+      listed.back().color = column;
+    }
+  }
+  return listed;
+}
+
 bool is_clip(xmlNodePtr node) {
   return node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, BAD_CAST "clip");
 }
@@ -219,9 +244,9 @@ void MergeCollector::document_read(const Document& document) {
 }
 
 void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) {
-  clip_names_.push_back(match.name);
-  if (match.rows.empty()) return;
   const ClipRef clip{match.name, match.id};
+  clips_.push_back(clip);
+  if (match.rows.empty()) return;
   clips_by_name_[match.name].push_back(clip);
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
     add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
@@ -239,7 +264,8 @@ void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) 
             "copies; its duration, subclip, logging fields, markers and aux timecodes are "
             "not written",
             match.name, position, rows, sheet_row(row)),
-        fmt::format("add {} more data rows (blank rows count) to the sheet", position + 1 - rows));
+        fmt::format("add {} more data row{} (blank rows count) to the sheet", position + 1 - rows,
+                    position + 1 - rows == 1 ? "" : "s"));
   }
 }
 
@@ -265,13 +291,16 @@ void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip)
         "write \"yes\"");
   }
   const std::vector<std::string> colors = to_strings(marker_color_names());
-  for (const MarkerEntry& marker : row.markers) {
+  const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
+  for (std::size_t i = 0; i < row.markers.size(); ++i) {
+    const MarkerEntry& marker = row.markers[i];
     if (!marker.color || marker.color->empty() ||
         std::find(colors.begin(), colors.end(), *marker.color) != colors.end()) {
       continue;
     }
     std::vector<std::string> near = closest(*marker.color, colors, 1);
-    add(FindingKind::unknown_marker_color, Severity::warning, at, column("Marker Color"), clip,
+    add(FindingKind::unknown_marker_color, Severity::warning, at,
+        i < columns.size() ? column_at(columns[i].color) : std::nullopt, clip,
         fmt::format("the marker at \"{}\" has the colour \"{}\", which is not in the colour table "
                     "({}); the marker will be red",
                     marker.timecode, *marker.color, fmt::join(colors, ", ")),
@@ -320,8 +349,10 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
           "swap In and Out");
     }
   }
-  for (const MarkerEntry& marker : row.markers) {
-    frame_of(marker.timecode, column("Marker Timecode"), "marker timecode");
+  const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
+  for (std::size_t i = 0; i < row.markers.size(); ++i) {
+    frame_of(row.markers[i].timecode,
+             i < columns.size() ? column_at(columns[i].timecode) : std::nullopt, "marker timecode");
   }
   if (!match.clips[j].first("file/timecode/displayformat")) return;
   for (std::string_view header : aux_timecode_headers()) {
@@ -354,10 +385,10 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
           "head the column of clip names \"Name\"");
       continue;
     }
-    std::optional<std::string> same;
+    std::optional<ClipRef> same;
     NearMiss reasons;
-    for (const std::string& clip : clip_names_) {
-      reasons = near_miss_reasons(*name, clip);
+    for (const ClipRef& clip : clips_) {
+      reasons = near_miss_reasons(*name, clip.name);
       if (reasons.any()) {
         same = clip;
         break;
@@ -366,18 +397,18 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
     std::string message = name->empty() ? std::string("the row has no Name, so it names no clip")
                                         : fmt::format("no clip is named \"{}\"", *name);
     std::string suggestion;
-    std::optional<ClipRef> clip;
     if (same) {
-      message += fmt::format("; the clip \"{}\" would match if {} were set aside", *same,
+      message += fmt::format("; the clip \"{}\" would match if {} were set aside", same->name,
                              describe(reasons));
-      suggestion = fmt::format("write \"{}\"", *same);
-      clip = ClipRef{*same, std::nullopt};
+      suggestion = fmt::format("write \"{}\"", same->name);
     } else if (!name->empty()) {
-      const std::vector<std::string> near = closest(*name, clip_names_, 3);
+      std::vector<std::string> names;
+      for (const ClipRef& clip : clips_) names.push_back(clip.name);
+      const std::vector<std::string> near = closest(*name, names, 3);
       if (!near.empty()) suggestion = fmt::format("did you mean {}?", quoted_list(near));
     }
     add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), name_column,
-        std::move(clip), std::move(message), std::move(suggestion));
+        std::move(same), std::move(message), std::move(suggestion));
   }
 }
 

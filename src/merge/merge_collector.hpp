@@ -65,7 +65,7 @@ struct MergeCollector final : EditObserver {
   const Workbook* workbook_ = nullptr;
   std::vector<Cell> headers_;
   const std::vector<LogRow>* rows_ = nullptr;
-  std::vector<std::string> clip_names_;  // every named clip, document order
+  std::vector<ClipRef> clips_;  // every clip with a name element, document order
   std::map<std::string, std::vector<ClipRef>> clips_by_name_;
   std::vector<Finding> row_findings_;  // sorted into sheet order when the merge ends
   // The row being applied and the name its clip was matched by.
