@@ -71,6 +71,7 @@ CheckReport check(const std::string& sheet_path, const std::string& xml_path,
   try {
     report.merge = merge_document(sheet_path, xml_path, {}, &collector).report;
   } catch (const Error& error) {
+    collector.flush_findings();
     report.merge.outcome = Outcome::merged;
     report.error = error.what();
     report.system_error = error.system_error;

@@ -225,11 +225,14 @@ void MergeCollector::check_headers() {
           near.empty() ? std::string() : fmt::format("rename it \"{}\"", near.front()));
       continue;
     }
+    // A lower-case "marker timecode" holds no "Marker": it is an ordinary column, read by nothing.
+    std::vector<std::string> known = read;
+    known.insert(known.end(), markers.begin(), markers.end());
     std::vector<std::string> near;
-    for (const std::string& known : read) {
-      if (squashed(*header) == squashed(known)) near.push_back(known);
+    for (const std::string& candidate : known) {
+      if (squashed(*header) == squashed(candidate)) near.push_back(candidate);
     }
-    if (near.empty()) near = closest(*header, read, 1);
+    if (near.empty()) near = closest(*header, known, 1);
     if (near.empty()) continue;
     add(FindingKind::near_header, Severity::warning, std::nullopt, column_at(column), std::nullopt,
         fmt::format("the merge does not read the column \"{}\": headers must match exactly, and it "
@@ -367,6 +370,10 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
 void MergeCollector::merge_finished(const std::vector<bool>& row_used) {
   check_unmatched(row_used);
   check_shared_names();
+  flush_findings();
+}
+
+void MergeCollector::flush_findings() {
   std::stable_sort(row_findings_.begin(), row_findings_.end(),
                    [](const Finding& a, const Finding& b) { return *a.row < *b.row; });
   for (Finding& finding : row_findings_) report_.findings.push_back(std::move(finding));

@@ -37,6 +37,8 @@ struct MergeCollector final : EditObserver {
                  std::int64_t clip_duration);
   // Every clip is visited; row_used[i] tells whether row i named a clip.
   void merge_finished(const std::vector<bool>& row_used);
+  // Puts the row findings made so far into the report, in sheet order; for a merge that failed.
+  void flush_findings();
 
   void setting_text(Element element, std::string_view text) override;
   void setting_attribute(Element element, const char* name, std::string_view value) override;
