@@ -1,67 +1,36 @@
 #include "merge/check.hpp"
 
+#include <array>
+
 #include "error.hpp"
 #include "merge/merge_collector.hpp"
 #include "merge/merge_document.hpp"
 
 namespace pellago {
 
+namespace {
+
+// Indexed by the enumerators' values, in their order.
+constexpr std::array<std::string_view, 12> kKindNames{
+    "unmatched_name",       "near_header",      "ignored_marker_header", "good_not_yes",
+    "unknown_marker_color", "not_a_timecode",   "outside_media",         "out_before_in",
+    "position_limit",       "shared_clip_name", "repeated_name",         "merge_fails"};
+constexpr std::array<std::string_view, 3> kSeverityNames{"note", "warning", "error"};
+constexpr std::array<std::string_view, 5> kChangeKindNames{"text_set", "attribute_set", "added",
+                                                           "removed", "subclip_made"};
+
+}  // namespace
+
 std::string_view kind_name(FindingKind kind) {
-  switch (kind) {
-    case FindingKind::unmatched_name:
-      return "unmatched_name";
-    case FindingKind::near_header:
-      return "near_header";
-    case FindingKind::ignored_marker_header:
-      return "ignored_marker_header";
-    case FindingKind::good_not_yes:
-      return "good_not_yes";
-    case FindingKind::unknown_marker_color:
-      return "unknown_marker_color";
-    case FindingKind::not_a_timecode:
-      return "not_a_timecode";
-    case FindingKind::outside_media:
-      return "outside_media";
-    case FindingKind::out_before_in:
-      return "out_before_in";
-    case FindingKind::position_limit:
-      return "position_limit";
-    case FindingKind::shared_clip_name:
-      return "shared_clip_name";
-    case FindingKind::repeated_name:
-      return "repeated_name";
-    case FindingKind::merge_fails:
-      return "merge_fails";
-  }
-  return "unknown";
+  return kKindNames.at(static_cast<std::size_t>(kind));
 }
 
 std::string_view severity_name(Severity severity) {
-  switch (severity) {
-    case Severity::note:
-      return "note";
-    case Severity::warning:
-      return "warning";
-    case Severity::error:
-      return "error";
-  }
-  return "unknown";
+  return kSeverityNames.at(static_cast<std::size_t>(severity));
 }
 
 std::string_view change_kind_name(ChangeKind kind) {
-  switch (kind) {
-    case ChangeKind::text_set:
-      return "text_set";
-    case ChangeKind::attribute_set:
-      return "attribute_set";
-    case ChangeKind::added:
-      return "added";
-    case ChangeKind::removed:
-      return "removed";
-    case ChangeKind::subclip_made:
-      return "subclip_made";
-  }
-  return "unknown";
+  return kChangeKindNames.at(static_cast<std::size_t>(kind));
 }
 
 CheckReport check(const std::string& sheet_path, const std::string& xml_path,

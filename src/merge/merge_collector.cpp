@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <regex>
 
 #include "merge/aux_timecodes.hpp"
 #include "merge/cell_text.hpp"
@@ -61,38 +60,52 @@ bool looks_like_yes(const std::string& cell) {
          std::find(kYes.begin(), kYes.end(), lower_ascii(trimmed(cell))) != kYes.end();
 }
 
-// Hours, minutes, seconds and frames within range, as a log sheet writes a timecode: fields
-// separated by ":", ";" or ".", or the number of a number cell (1000012.0 for 01:00:00:12), or a
-// bare frame count. Blanks around it are read past by the conversion, so they are allowed.
-bool is_timecode(const std::string& text, std::int64_t frames_per_second) {
-  static const std::regex kFields(
-      R"(\s*(?:(\d{1,2})[:;.])?(\d{1,2})[:;.](\d{1,2})[:;.](\d{1,3})\s*)");
-  static const std::regex kNumber(R"(\s*(\d{1,8})\.0\s*)");
-  static const std::regex kFrameCount(R"(\s*\d+\s*)");
-  std::smatch match;
-  std::string digits;
-  std::int64_t minutes = 0, seconds = 0, frames = 0;
-  if (std::regex_match(text, match, kFields)) {
-    minutes = std::stoll(match[2]);
-    seconds = std::stoll(match[3]);
-    frames = std::stoll(match[4]);
-  } else if (std::regex_match(text, match, kNumber)) {
-    digits = std::string(8 - match[1].length(), '0') + match[1].str();
-    minutes = std::stoll(digits.substr(2, 2));
-    seconds = std::stoll(digits.substr(4, 2));
-    frames = std::stoll(digits.substr(6, 2));
-  } else {
-    return std::regex_match(text, kFrameCount);
+bool all_digits(std::string_view text) {
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// The runs of `text` between ":", ";" and "." separators, empty runs included.
+std::vector<std::string> timecode_fields(std::string_view text) {
+  std::vector<std::string> fields(1);
+  for (char c : text) {
+    if (c == ':' || c == ';' || c == '.') {
+      fields.emplace_back();
+    } else {
+      fields.back() += c;
+    }
   }
-  return minutes < 60 && seconds < 60 && frames < std::max<std::int64_t>(frames_per_second, 1);
+  return fields;
+}
+
+// Hours, minutes, seconds and frames within range, as a log sheet writes a timecode: fields
+// separated by ":", ";" or "." (hours may be left out), or the number of a number cell (1000012.0
+// for 01:00:00:12), or a bare frame count. Blanks around it are read past by the conversion.
+bool is_timecode(const std::string& text, std::int64_t frames_per_second) {
+  const std::string core = trimmed(text);
+  if (all_digits(core)) return true;
+  std::vector<std::string> fields = timecode_fields(core);
+  if (!std::all_of(fields.begin(), fields.end(), all_digits)) return false;
+  if (fields.size() == 2) {
+    if (fields[1] != "0" || fields[0].size() > 8) return false;
+    const std::string digits = std::string(8 - fields[0].size(), '0') + fields[0];
+    fields = {digits.substr(0, 2), digits.substr(2, 2), digits.substr(4, 2), digits.substr(6, 2)};
+  }
+  if (fields.size() == 3) fields.insert(fields.begin(), "0");
+  if (fields.size() != 4 || fields[0].size() > 2 || fields[1].size() > 2 || fields[2].size() > 2 ||
+      fields[3].size() > 3) {
+    return false;
+  }
+  return std::stoi(fields[1]) < 60 && std::stoi(fields[2]) < 60 &&
+         std::stoi(fields[3]) < std::max<std::int64_t>(frames_per_second, 1);
 }
 
 // Each element that holds no element, below and including `node`, and each attribute, as
 // (path below node, text); the path is empty for node itself.
 void collect_leaves(xmlNodePtr node, const std::string& path,
                     std::vector<std::pair<std::string, std::string>>& leaves) {
+  const Element element(node);
   for (xmlAttrPtr attribute = node->properties; attribute; attribute = attribute->next) {
-    const Element element(node);
     const char* name = reinterpret_cast<const char*>(attribute->name);
     leaves.emplace_back(path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
                         element.attribute(name).value_or(""));
@@ -104,7 +117,7 @@ void collect_leaves(xmlNodePtr node, const std::string& path,
     const std::string name = reinterpret_cast<const char*>(child->name);
     collect_leaves(child, path.empty() ? name : path + "/" + name, leaves);
   }
-  if (!holds_element) leaves.emplace_back(path, Element(node).text());
+  if (!holds_element) leaves.emplace_back(path, element.text());
 }
 
 std::vector<std::pair<std::string, std::string>> leaves_of(Element element) {
