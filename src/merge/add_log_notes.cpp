@@ -50,6 +50,8 @@ std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
   return unmatched;
 }
 
+bool cancel_requested(const Host& host) { return host.cancel_requested && host.cancel_requested(); }
+
 std::string with_final_line_feed(std::string text) {
   if (text.empty() || text.back() != '\n') text += '\n';
   return text;
@@ -76,9 +78,14 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   const RowsByName index = index_rows_by_name(rows);
   MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size())};
   for (std::size_t position = 0; position < clips.size(); ++position) {
+    if (cancel_requested(host)) break;
     visit_clip(clips[position], position, run);
   }
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
+  if (cancel_requested(host)) {
+    report.outcome = Outcome::cancelled;
+    return report;
+  }
 
   write_file_replacing(output_path, with_final_line_feed(document.write()));
   return report;
