@@ -47,6 +47,8 @@ std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
   return unmatched;
 }
 
+bool cancel_requested(const Host& host) { return host.cancel_requested && host.cancel_requested(); }
+
 std::string with_final_line_feed(std::string text) {
   if (text.empty() || text.back() != '\n') text += '\n';
   return text;
@@ -80,9 +82,14 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const RowsByName index = index_rows_by_name(rows);
   MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), collector};
   for (std::size_t position = 0; position < clips.size(); ++position) {
+    if (cancel_requested(host)) break;
     visit_clip(clips[position], position, run);
   }
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
+  if (cancel_requested(host)) {
+    report.outcome = Outcome::cancelled;
+    return {report, std::nullopt};
+  }
   if (collector) collector->merge_finished(run.row_used);
   return {report, std::move(document)};
 }

@@ -30,9 +30,12 @@ struct Host {
   std::optional<Progress> progress;
   // The frame-rate table, asked for whenever a clip's rate is resolved; unset means FRAME_RATES.
   std::function<const FrameRates&()> frame_rates;
+  // Asked before each clip is visited and once more before the output is written, on the calling
+  // thread: true stops the merge there, writes nothing and ends it with Outcome::cancelled.
+  std::function<bool()> cancel_requested;
 };
 
-enum class Outcome { merged, not_a_log_sheet };
+enum class Outcome { merged, not_a_log_sheet, cancelled };
 
 struct MergeReport {
   Outcome outcome = Outcome::not_a_log_sheet;
@@ -45,8 +48,8 @@ struct MergeReport {
 
 // Merges the log sheet at sheet_path into the XML document at xml_path and writes the result to
 // output_path (which may be xml_path). A sheet whose extension is not exactly ".xls" or ".xlsx"
-// is not a log sheet: nothing is read or written. Every failure throws Error and leaves
-// output_path as it was.
+// is not a log sheet: nothing is read or written. A cancelled merge reports what it did up to then
+// and writes nothing. Every failure throws Error and leaves output_path as it was.
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host = {});
 

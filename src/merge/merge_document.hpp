@@ -13,7 +13,7 @@ struct MergeCollector;
 
 struct MergedDocument {
   MergeReport report;
-  std::optional<Document> document;  // none when the sheet is not a log sheet
+  std::optional<Document> document;  // none when the sheet is not a log sheet or the host cancelled
 };
 
 // The whole merge in memory, without writing anything: what add_log_notes writes out. A collector
