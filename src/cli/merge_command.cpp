@@ -119,11 +119,12 @@ std::string counted(std::size_t count, std::string_view noun) {
 }
 
 std::string summary(const MergeReport& report, const std::string& output) {
-  return fmt::format("merged {} ({} changed, {} made, {} added); {} matched no clip; wrote {}",
+  return fmt::format("merged {} ({} changed, {} made, {} added); {} matched no clip; wrote {}{}",
                      counted(report.clips_visited, "clip"), report.clips_changed,
                      counted(report.subclips_made, "subclip"),
                      counted(report.markers_added, "marker"),
-                     counted(report.rows_unmatched, "sheet row"), output);
+                     counted(report.rows_unmatched, "sheet row"), output,
+                     report.rows_unmatched > 0 ? "; run 'pellago check' to see why" : "");
 }
 
 int run_merge(const MergeOptions& options) {

@@ -8,6 +8,8 @@
 #include "error.hpp"
 #include "merge/clip_match.hpp"
 #include "merge/log_sheet.hpp"
+#include "merge/merge_collector.hpp"
+#include "merge/merge_document.hpp"
 #include "merge/output_file.hpp"
 
 namespace pellago {
@@ -36,11 +38,6 @@ void set_up_progress(const Host& host, std::size_t clips) {
   if (progress.display_if_needed) progress.display_if_needed();
 }
 
-bool is_blank(const LogRow& row) {
-  return row.markers.empty() &&
-         std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
-}
-
 std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
                                  const std::vector<bool>& row_used) {
   std::size_t unmatched = 0;
@@ -59,8 +56,13 @@ std::string with_final_line_feed(std::string text) {
 
 }  // namespace
 
-MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
-                          const std::string& output_path, const Host& host) {
+bool is_blank(const LogRow& row) {
+  return row.markers.empty() &&
+         std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
+}
+
+MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
+                              const Host& host, MergeCollector* collector) {
   const SheetKind kind = sheet_kind(sheet_path);
   if (kind == SheetKind::not_a_log_sheet) return {};
 
@@ -68,15 +70,17 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   const std::vector<Cell> headers = read_header_row(workbook);
   if (host.set_column_headers) host.set_column_headers(headers);
   const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
+  if (collector) collector->sheet_read(workbook, headers, rows);
 
   Document document = Document::parse_file(xml_path);
+  if (collector) collector->document_read(document);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
   set_up_progress(host, clips.size());
 
   MergeReport report{.outcome = Outcome::merged};
   const RowsByName index = index_rows_by_name(rows);
-  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size())};
+  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), collector};
   for (std::size_t position = 0; position < clips.size(); ++position) {
     if (cancel_requested(host)) break;
     visit_clip(clips[position], position, run);
@@ -84,11 +88,18 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
   if (cancel_requested(host)) {
     report.outcome = Outcome::cancelled;
-    return report;
+    return {report, std::nullopt};
   }
+  if (collector) collector->merge_finished(run.row_used);
+  return {report, std::move(document)};
+}
 
-  write_file_replacing(output_path, with_final_line_feed(document.write()));
-  return report;
+MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
+                          const std::string& output_path, const Host& host) {
+  MergedDocument merged = merge_document(sheet_path, xml_path, host, nullptr);
+  if (!merged.document) return merged.report;
+  write_file_replacing(output_path, with_final_line_feed(merged.document->write()));
+  return merged.report;
 }
 
 }  // namespace pellago

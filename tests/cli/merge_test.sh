@@ -58,7 +58,7 @@ expect_only_files() {
 run merge "$sheet" "$project" "$scratch/out.xml"
 expect_status 0 "merge"
 expect_same "$scratch/out.xml" "$merged" "merge"
-summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml"
+summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml; run 'pellago check' to see why"
 [[ $out == "$summary" ]] || fail "summary reads '$out'"
 [[ -z $err ]] || fail "merge wrote to stderr off a terminal: '$err'"
 
