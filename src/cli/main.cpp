@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
   int status = kExitOk;
   add_merge_command(app, status);
   add_inspect_command(app, status);
+  add_check_command(app, status);
   add_frames_command(app, status);
 
   try {

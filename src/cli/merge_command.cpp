@@ -140,6 +140,7 @@ std::string summary(const MergeReport& report, const MergeOptions& options) {
     text += fmt::format("; clips after line {} of {} may be missing", report.recovered.line,
                         options.xml);
   }
+  if (report.rows_unmatched > 0) text += "; run 'pellago check' to see why";
   return text;
 }
 

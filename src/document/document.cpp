@@ -196,6 +196,10 @@ Document Document::parse_string(std::string_view markup) {
   return Document(doc, std::move(errors));
 }
 
+void Document::observe(EditObserver* observer) const noexcept {
+  set_observer(doc_.get(), observer);
+}
+
 Element Document::root() const { return Element(xmlDocGetRootElement(doc_.get())); }
 
 Element Document::first(std::string_view selector) const {

@@ -14,6 +14,20 @@
 namespace pellago {
 
 struct Fragment;
+class Element;
+
+// Told about each change made through Element to the tree of a document it observes
+// (Document::observe). Changes to unattached elements and to other documents are not told.
+struct EditObserver {
+  virtual ~EditObserver() = default;
+  // Before the change: the element still holds its old text or attribute value.
+  virtual void setting_text(Element element, std::string_view text) = 0;
+  virtual void setting_attribute(Element element, const char* name, std::string_view value) = 0;
+  // After a node (with its subtree) was linked into the tree.
+  virtual void inserted(Element node) = 0;
+  // Before a node is unlinked from the tree.
+  virtual void removing(Element node) = 0;
+};
 
 // A non-owning handle to an element of a Document: pointer-sized, free to copy, never frees
 // anything. An empty handle (no element) converts to false. Handles stay valid while the document
@@ -89,6 +103,10 @@ class Document {
   xmlDocPtr get() const noexcept { return doc_.get(); }
   // The errors the parse recovered from; a count of 0 when the input was well-formed.
   const RecoveredErrors& recovered_errors() const noexcept { return recovered_; }
+
+  // Reports every later change to the tree to `observer` (none: stop reporting). The observer
+  // must outlive the reporting; an unobserved document pays nothing for it.
+  void observe(EditObserver* observer) const noexcept;
   Element root() const;
 
   // Selectors as for Element, evaluated below the document node (the root element included).

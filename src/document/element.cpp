@@ -66,6 +66,21 @@ xmlNodePtr link(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr prev, xmlNodePtr 
   return node;
 }
 
+// The observer of the node's document when the node is in that document's tree.
+EditObserver* observer_of_tree(xmlNodePtr node) {
+  EditObserver* observer = observer_of(node->doc);
+  if (!observer) return nullptr;
+  for (xmlNodePtr up = node; up; up = up->parent) {
+    if (up->type == XML_DOCUMENT_NODE) return observer;
+  }
+  return nullptr;
+}
+
+Element linked(xmlNodePtr node) {
+  if (EditObserver* observer = observer_of_tree(node)) observer->inserted(Element(node));
+  return Element(node);
+}
+
 }  // namespace
 
 std::string Element::name() const {
@@ -158,6 +173,7 @@ std::string Element::text() const {
 // handle to one of them never dangles.
 void Element::set_text(std::string_view text) const {
   require(node_, "set the text of an element");
+  if (EditObserver* observer = observer_of_tree(node_)) observer->setting_text(*this, text);
   while (xmlNodePtr child = node_->children) {
     xmlUnlinkNode(child);
     track_unattached(child);
@@ -180,7 +196,10 @@ std::optional<std::string> Element::attribute(const char* name) const {
 
 void Element::set_attribute(const char* name, std::string_view value) const {
   const std::string text(value);
-  if (!xmlSetProp(require(node_, "set an attribute"), reinterpret_cast<const xmlChar*>(name),
+  if (EditObserver* observer = observer_of_tree(require(node_, "set an attribute"))) {
+    observer->setting_attribute(*this, name, value);
+  }
+  if (!xmlSetProp(node_, reinterpret_cast<const xmlChar*>(name),
                   reinterpret_cast<const xmlChar*>(text.c_str()))) {
     throw Error(fmt::format("cannot set the attribute \"{}\" of <{}>", name, text_of(node_->name)));
   }
@@ -194,13 +213,13 @@ Element Element::parent() const {
 Element Element::insert_before(Element node) const {
   xmlNodePtr parent = require_parent(require(node_, "insert before an element"));
   xmlNodePtr taken = take_over(node.node_, parent, node_);
-  return Element(link(taken, parent, node_->prev, node_));
+  return linked(link(taken, parent, node_->prev, node_));
 }
 
 Element Element::insert_after(Element node) const {
   xmlNodePtr parent = require_parent(require(node_, "insert after an element"));
   xmlNodePtr taken = take_over(node.node_, parent, node_);
-  return Element(link(taken, parent, node_, node_->next));
+  return linked(link(taken, parent, node_, node_->next));
 }
 
 Element Element::append_child(Element node) const {
@@ -210,7 +229,7 @@ Element Element::append_child(Element node) const {
                             text_of(node_->name)));
   }
   xmlNodePtr taken = take_over(node.node_, node_, node_);
-  return Element(link(taken, node_, node_->last, nullptr));
+  return linked(link(taken, node_, node_->last, nullptr));
 }
 
 Element Element::insert_after(const Fragment& fragment) const {
@@ -234,6 +253,7 @@ Element Element::append_child(const Fragment& fragment) const {
 
 void Element::remove() const {
   if (!require(node_, "remove an element")->parent) return;
+  if (EditObserver* observer = observer_of_tree(node_)) observer->removing(*this);
   xmlUnlinkNode(node_);
   track_unattached(node_);
 }

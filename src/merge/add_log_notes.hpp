@@ -33,9 +33,12 @@ struct Host {
   std::function<const FrameRates&()> frame_rates;
   // Refuse an XML document that is not well-formed instead of merging what could be recovered.
   bool strict = false;
+  // Asked before each clip is visited and once more before the output is written, on the calling
+  // thread: true stops the merge there, writes nothing and ends it with Outcome::cancelled.
+  std::function<bool()> cancel_requested;
 };
 
-enum class Outcome { merged, not_a_log_sheet };
+enum class Outcome { merged, not_a_log_sheet, cancelled };
 
 struct MergeReport {
   Outcome outcome = Outcome::not_a_log_sheet;
@@ -54,7 +57,8 @@ struct MergeReport {
 // exactly ".xls" or ".xlsx" is not a log sheet: nothing is read or written. An output path that
 // exists and is not a regular file, or is the sheet itself, is refused before anything is read.
 // A malformed XML document is merged as far as it could be recovered (see MergeReport::recovered),
-// or refused when host.strict is set. Every failure throws Error and leaves output_path as it was.
+// or refused when host.strict is set. A cancelled merge reports what it did up to then and writes
+// nothing. Every failure throws Error and leaves output_path as it was.
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host = {});
 

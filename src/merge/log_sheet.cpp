@@ -43,15 +43,6 @@ struct SheetPlan {
   std::vector<ColumnPlan> columns;  // in column order
 };
 
-// "A" for 1, "Z" for 26, "AA" for 27: the column's name as spreadsheets show it.
-std::string column_letters(int column) {
-  std::string letters;
-  for (; column > 0; column = (column - 1) / 26) {
-    letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % 26));
-  }
-  return letters;
-}
-
 const std::string& header_text(const Cell& header, int column) {
   if (const auto* text = std::get_if<std::string>(&header)) return *text;
   const std::string where = fmt::format("column {} ({})", column_letters(column), column);
@@ -151,6 +142,20 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
 }
 
 }  // namespace
+
+std::vector<std::string_view> marker_headers() {
+  std::vector<std::string_view> headers;
+  for (const MarkerHeader& marker : kMarkerHeaders) headers.push_back(marker.text);
+  return headers;
+}
+
+std::string column_letters(int column) {
+  std::string letters;
+  for (; column > 0; column = (column - 1) / 26) {
+    letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % 26));
+  }
+  return letters;
+}
 
 const std::string* LogRow::field(std::string_view header) const {
   if (!headers) return nullptr;

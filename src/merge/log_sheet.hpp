@@ -35,6 +35,13 @@ struct LogRow {
   const std::string& value(std::size_t slot) const;
 };
 
+// The four headers of a marker group, "Marker Timecode" first. Any other header holding "Marker"
+// is ignored.
+std::vector<std::string_view> marker_headers();
+
+// "A" for 1, "Z" for 26, "AA" for 27: a column's name as spreadsheets show it.
+std::string column_letters(int column);
+
 // The raw values of row 1, from column 1 to the last column.
 std::vector<Cell> read_header_row(const Workbook& workbook);
 

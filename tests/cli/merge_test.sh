@@ -58,7 +58,7 @@ expect_only_files() {
 run merge "$sheet" "$project" "$scratch/out.xml"
 expect_status 0 "merge"
 expect_same "$scratch/out.xml" "$merged" "merge"
-summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml"
+summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml; run 'pellago check' to see why"
 [[ $out == "$summary" ]] || fail "summary reads '$out'"
 [[ -z $err ]] || fail "merge wrote to stderr off a terminal: '$err'"
 
@@ -136,7 +136,7 @@ expect_same "$scratch/sheet_copy.xlsx" "$sheet" "the sheet as output"
 run merge "$sheet" "$project" -
 expect_status 0 "standard output"
 expect_same "$scratch/stdout" "$merged" "standard output"
-[[ $err == "merged 6 clips"*"wrote standard output" ]] || fail "standard output: summary '$err'"
+[[ $err == "merged 6 clips"*"wrote standard output; run 'pellago check' to see why" ]] || fail "standard output: summary '$err'"
 "$pellago" merge "$sheet" "$project" - 2>/dev/null | head -c 1 >/dev/null
 status=${PIPESTATUS[0]}
 [[ $status -eq 1 || $status -eq 0 ]] || fail "a closed standard output ended the merge with status $status"
@@ -155,7 +155,7 @@ for xml in truncated nul; do
   expect_status 0 "$xml document"
   [[ $err == "pellago: warning: $scratch/$xml.xml is not well-formed XML: line "*", column "*" error"* &&
     $(wc -l <"$scratch/stderr") -eq 1 ]] || fail "$xml document warns '$err'"
-  [[ $out == *"; clips after line "*" of $scratch/$xml.xml may be missing" ]] || fail "$xml summary '$out'"
+  [[ $out == *"; clips after line "*" of $scratch/$xml.xml may be missing; run 'pellago check' to see why" ]] || fail "$xml summary '$out'"
   run merge --strict "$sheet" "$scratch/$xml.xml" "$scratch/strict.xml"
   expect_status 1 "$xml document, --strict"
   [[ $err == *"not well-formed XML: line "* && $(wc -l <"$scratch/stderr") -eq 1 ]] ||

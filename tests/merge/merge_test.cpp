@@ -33,7 +33,8 @@ struct RecordingHost {
                                  .set_max_value = record("max"),
                                  .increment_by = record("increment"),
                                  .display_if_needed = [this] { calls.push_back("display"); }},
-            .frame_rates = {}};
+            .frame_rates = {},
+            .cancel_requested = {}};
   }
 
   std::vector<Cell> headers;
@@ -141,6 +142,22 @@ TEST_F(MergeTest, ExampleSheetMergesIntoTheExampleExport) {
   EXPECT_EQ(report.subclips_made, 2u);
   EXPECT_EQ(report.markers_added, 6u);
   EXPECT_EQ(report.rows_unmatched, 1u);
+}
+
+TEST_F(MergeTest, CancellingStopsAtTheNextClipAndWritesNothing) {
+  write_file(path("out.xml"), "earlier output\n");
+  for (const int cancel_after : {3, 6}) {
+    int asked = 0;
+    Host host;
+    host.cancel_requested = [&] { return ++asked > cancel_after; };
+    const MergeReport report =
+        add_log_notes(source_path("examples/log_sheet.xlsx"), source_path("examples/project.xml"),
+                      path("out.xml"), host);
+    EXPECT_EQ(report.outcome, Outcome::cancelled);
+    EXPECT_EQ(report.clips_visited, static_cast<std::size_t>(cancel_after));
+  }
+  EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
+  EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml"));
 }
 
 TEST_F(MergeTest, FailuresNameTheClipAndRowAndLeaveTheOutputAsItWas) {
