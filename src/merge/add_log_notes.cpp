@@ -58,6 +58,10 @@ void write_document(const Document& document, const OutputSink& sink) {
   if (last != '\n') sink("\n");
 }
 
+void enter_phase(const Host& host, MergePhase phase) {
+  if (host.enter_phase) host.enter_phase(phase);
+}
+
 void refuse_recovered(const RecoveredErrors& errors, const std::string& xml_path) {
   if (errors.count == 0) return;
   throw Error(
@@ -82,17 +86,20 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (kind == SheetKind::not_a_log_sheet) return {};
   const LibxmlErrors quiet;
 
+  enter_phase(host, MergePhase::reading_sheet);
   const Workbook workbook = open_workbook(sheet_path, kind);
   const std::vector<Cell> headers = read_header_row(workbook);
   if (host.set_column_headers) host.set_column_headers(headers);
   const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
   if (collector) collector->sheet_read(workbook, headers, rows);
 
+  enter_phase(host, MergePhase::reading_xml);
   Document document = Document::parse_file(xml_path);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
   if (collector) collector->document_read(document);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
+  enter_phase(host, MergePhase::merging_clips);
   set_up_progress(host, clips.size());
 
   MergeReport report{.outcome = Outcome::merged, .recovered = document.recovered_errors()};
@@ -118,6 +125,7 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   MergedDocument merged = merge_document(sheet_path, xml_path, host, nullptr);
   if (!merged.document) return merged.report;
   const Document& document = *merged.document;
+  enter_phase(host, MergePhase::writing);
   write_file_replacing(output_path,
                        [&document](const OutputSink& sink) { write_document(document, sink); });
   return merged.report;

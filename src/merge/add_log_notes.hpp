@@ -23,8 +23,13 @@ struct Progress {
   std::function<void()> display_if_needed;
 };
 
+// The stages of a merge, in the order it goes through them.
+enum class MergePhase { reading_sheet, reading_xml, merging_clips, writing };
+
 // What the engine gives to and takes from the application that runs it.
 struct Host {
+  // Told as each phase begins, on the calling thread; merging_clips then counts on progress.
+  std::function<void(MergePhase)> enter_phase;
   // Receives the raw header row once the workbook is open and row 1 is read, before the XML is.
   std::function<void(const std::vector<Cell>&)> set_column_headers;
   // No progress bar: no progress calls at all.
@@ -40,6 +45,13 @@ struct Host {
 
 enum class Outcome { merged, not_a_log_sheet, cancelled };
 
+// A clip that several sheet rows named, and the subclips it became: one per row.
+struct CutClip {
+  std::string name{};                   // the clip's name as the document had it
+  std::vector<std::string> subclips{};  // the names of its target clips after the merge, row order
+  friend bool operator==(const CutClip&, const CutClip&) = default;
+};
+
 struct MergeReport {
   Outcome outcome = Outcome::not_a_log_sheet;
   std::size_t clips_visited = 0;
@@ -50,6 +62,7 @@ struct MergeReport {
   // What the XML parser repaired. When count is not 0 the document was malformed: the clips
   // after the first error's line may be missing from the merge and from the output.
   RecoveredErrors recovered;
+  std::vector<CutClip> cut_clips{};  // document order
 };
 
 // Merges the log sheet at sheet_path into the XML document at xml_path and writes the result to

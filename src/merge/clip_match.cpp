@@ -47,6 +47,12 @@ void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& 
   apply_aux_timecodes(target, row, timing);
 }
 
+CutClip cut_clip_of(const ClipMatch& match) {
+  CutClip cut{.name = match.name};
+  for (Element target : match.clips) cut.subclips.push_back(target.first("name").text());
+  return cut;
+}
+
 std::string describe(const ClipMatch& match, std::size_t row) {
   return fmt::format("clip \"{}\" ({}, sheet row {})", match.name,
                      match.id ? "id " + *match.id : "no id", row + 2);
@@ -92,6 +98,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
       throw Error(fmt::format("{}: {}", describe(*match, row), error.what()), error.system_error);
     }
   }
+  if (match->several) run.report.cut_clips.push_back(cut_clip_of(*match));
 }
 
 }  // namespace pellago

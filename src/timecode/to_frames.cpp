@@ -99,6 +99,17 @@ std::int64_t clamp_to_int64(Wide value) {
   return static_cast<std::int64_t>(std::clamp(value, kMin, kMax));
 }
 
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+bool is_separator(char c) { return c == ':' || c == ';' || c == '.'; }
+
+std::string_view trimmed(std::string_view text) {
+  const auto blank = [](char c) { return c == ' ' || c == '\t'; };
+  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 }  // namespace
 
 std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format) {
@@ -110,6 +121,20 @@ std::int64_t to_frames(std::string_view timecode, double rate, std::string_view 
                Wide{fields.minutes} * 60 * base + Wide{fields.hours} * 3600 * base;
   if (display_format == "DF") total -= dropped_frames(fields, base);
   return clamp_to_int64(total);
+}
+
+bool is_timecode(std::string_view text) {
+  text = trimmed(text);
+  if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
+  int fields = 0;
+  while (true) {
+    const auto digits = std::find_if_not(text.begin(), text.end(), is_digit) - text.begin();
+    if (digits == 0 || ++fields > 4) return false;
+    text.remove_prefix(static_cast<std::size_t>(digits));
+    if (text.empty()) return true;
+    if (!is_separator(text.front())) return false;
+    text.remove_prefix(1);
+  }
 }
 
 }  // namespace pellago

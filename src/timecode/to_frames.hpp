@@ -13,4 +13,9 @@ namespace pellago {
 // 64-bit range, a NaN rate counts as 0 and the frame base is clamped to +-2^40.
 std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format);
 
+// Whether the text is written in one of the forms to_frames is made for: an optional sign, then one
+// to four runs of digits separated by single ":", ";" or "." characters, blanks around allowed.
+// Other texts ("TBD", "", "1:2:3:4:5", "01:00:00:") still convert; this tells them apart.
+bool is_timecode(std::string_view text);
+
 }  // namespace pellago

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "error.hpp"
@@ -12,8 +13,22 @@
 namespace pellago {
 
 namespace {
+
 const Cell kEmpty;
+
+// The extension as a scripting interpreter's extname gives it: from the last "." of the last path
+// component; none when that component has no "." or ends with it.
+std::string extension_of(const std::string& path) {
+  return std::filesystem::path(path).filename().extension().string();
 }
+
+SheetKind kind_of_extension(const std::string& extension) {
+  if (extension == ".xls") return SheetKind::xls;
+  if (extension == ".xlsx") return SheetKind::xlsx;
+  return SheetKind::not_a_log_sheet;
+}
+
+}  // namespace
 
 const Cell& Workbook::cell(int row, int column) const {
   if (row < 1 || column < 1 || row > last_row()) return kEmpty;
@@ -52,13 +67,14 @@ void Workbook::set_cell(int row, int column, Cell value) {
   last_column_ = std::max(last_column_, column);
 }
 
-SheetKind sheet_kind(const std::string& path) {
-  // The extension as a scripting interpreter's extname gives it: from the last "." of the last
-  // path component; none when that component has no "." or ends with it.
-  const std::string extension = std::filesystem::path(path).filename().extension().string();
-  if (extension == ".xls") return SheetKind::xls;
-  if (extension == ".xlsx") return SheetKind::xlsx;
-  return SheetKind::not_a_log_sheet;
+SheetKind sheet_kind(const std::string& path) { return kind_of_extension(extension_of(path)); }
+
+SheetKind sheet_kind_ignoring_case(const std::string& path) {
+  std::string extension = extension_of(path);
+  std::ranges::transform(extension, extension.begin(), [](char c) {
+    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  });
+  return kind_of_extension(extension);
 }
 
 Workbook open_workbook(const std::string& path, SheetKind kind) {

@@ -38,6 +38,10 @@ enum class SheetKind { xls, xlsx, not_a_log_sheet };
 // ".xls", ".xlsx", anything else (".XLS", "log.xls.bak", no extension) is not a log sheet.
 SheetKind sheet_kind(const std::string& path);
 
+// The kind the path would have with its extension in lower case: tells a sheet that is only
+// misnamed ("log.XLSX") from a file of another kind.
+SheetKind sheet_kind_ignoring_case(const std::string& path);
+
 // Opens the first worksheet of an .xls (FreeXL, in a child process) or .xlsx (libzip and
 // libxml2's SAX2 push parser, streaming) file. Text cells are text, numeric cells numbers; date
 // and time cells are ISO 8601 text. Throws Error with a one-line message that names the file when

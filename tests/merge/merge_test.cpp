@@ -21,13 +21,28 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::ThrowsMessage;
 
+const char* phase_name(MergePhase phase) {
+  switch (phase) {
+    case MergePhase::reading_sheet:
+      return "sheet";
+    case MergePhase::reading_xml:
+      return "xml";
+    case MergePhase::merging_clips:
+      return "clips";
+    case MergePhase::writing:
+      return "writing";
+  }
+  return "?";
+}
+
 // A host that records every call the engine makes on it.
 struct RecordingHost {
   Host host() {
     const auto record = [this](const char* call) {
       return [this, call](auto value) { calls.push_back(fmt::format("{} {}", call, value)); };
     };
-    return {.set_column_headers = [this](const std::vector<Cell>& h) { headers = h; },
+    return {.enter_phase = [this](MergePhase phase) { calls.push_back(phase_name(phase)); },
+            .set_column_headers = [this](const std::vector<Cell>& h) { headers = h; },
             .progress = Progress{.set_indeterminate = record("indeterminate"),
                                  .set_double_value = record("value"),
                                  .set_max_value = record("max"),
@@ -41,13 +56,16 @@ struct RecordingHost {
   std::vector<std::string> calls;
 };
 
+// The phases and progress calls of a merge that visits `clips` clips and writes its output.
 std::vector<std::string> progress_calls(int clips) {
-  std::vector<std::string> calls{"indeterminate false", "value 0", fmt::format("max {}", clips),
-                                 "display"};
+  std::vector<std::string> calls{
+      "sheet",  "xml", "clips", "indeterminate false", "value 0", fmt::format("max {}", clips),
+      "display"};
   for (int clip = 0; clip < clips; ++clip) {
     calls.push_back("increment 1");
     calls.push_back("display");
   }
+  calls.push_back("writing");
   return calls;
 }
 
@@ -140,6 +158,9 @@ TEST_F(MergeTest, ExampleSheetMergesIntoTheExampleExport) {
   EXPECT_EQ(report.clips_visited, 6u);
   EXPECT_EQ(report.clips_changed, 5u);
   EXPECT_EQ(report.subclips_made, 2u);
+  EXPECT_THAT(report.cut_clips,
+              ElementsAre(CutClip{.name = "A001_C002_0611AB",
+                                  .subclips = {"Boat arrives", "Rope throw", "Wide harbour"}}));
   EXPECT_EQ(report.markers_added, 6u);
   EXPECT_EQ(report.rows_unmatched, 1u);
 }

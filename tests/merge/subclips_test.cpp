@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,6 +10,7 @@ namespace pellago::merge_test {
 namespace {
 
 using SubclipsTest = ScratchFolderTest;
+using testing::ElementsAre;
 
 TEST_F(SubclipsTest, FurtherRowsGetRenamedCopiesAtTheEndOfTheClipsParent) {
   write_xlsx(path("log.xlsx"), {{"Name", "Subclip Name", "In", "Out", "Scene"},
@@ -22,6 +24,9 @@ TEST_F(SubclipsTest, FurtherRowsGetRenamedCopiesAtTheEndOfTheClipsParent) {
   EXPECT_EQ(report.clips_visited, 3u);
   EXPECT_EQ(report.clips_changed, 2u);
   EXPECT_EQ(report.subclips_made, 4u);
+  // A row without a subclip name leaves its copy named as the clip.
+  const CutClip cut{.name = "C001", .subclips = {"take one", "C001", "take three"}};
+  EXPECT_THAT(report.cut_clips, ElementsAre(cut, cut));
   EXPECT_EQ(report.rows_unmatched, 0u);
 }
 
@@ -30,8 +35,10 @@ TEST_F(SubclipsTest, ClipsBeyondTheSheetsRowCountGetOnlyClearingAndCopies) {
                                    {"X", "first", "", "one"},
                                    {"X", "second", "", "two"}};
   write_xlsx(path("log.xlsx"), rows);
-  add_log_notes(path("log.xlsx"), data_path("merge_position_limit.xml"), path("out.xml"));
+  const MergeReport limited =
+      add_log_notes(path("log.xlsx"), data_path("merge_position_limit.xml"), path("out.xml"));
   EXPECT_EQ(read_file(path("out.xml")), read_file(data_path("merge_position_limit_cleared.xml")));
+  EXPECT_THAT(limited.cut_clips, ElementsAre(CutClip{.name = "X", .subclips = {"X", "X"}}));
 
   // A blank row counts as a row of the sheet.
   write_xlsx(path("log.xlsx"), {rows[0], rows[1], {}, rows[2]});

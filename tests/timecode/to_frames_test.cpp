@@ -118,5 +118,16 @@ TEST(ToFrames, RatesRoundHalfAwayFromZeroAndHugeValuesClamp) {
   });
 }
 
+TEST(ToFrames, TimecodeFormsAreToldFromTextsThatOnlyConvert) {
+  for (const char* text : {"01:00:00:00", "01;00;00;00", " 01.00.00.12 ", "02:03:04", "1000012.0",
+                           "12.5", "250", "-100.5"}) {
+    EXPECT_TRUE(is_timecode(text)) << '"' << text << '"';
+  }
+  for (const char* text : {"", " ", "TBD", "10h", "1:2:3:4:5", "01:00:00:", ":01:00", "01::00",
+                           "01:00 00", "--1", "1_000"}) {
+    EXPECT_FALSE(is_timecode(text)) << '"' << text << '"';
+  }
+}
+
 }  // namespace
 }  // namespace pellago

@@ -44,6 +44,9 @@ TEST(Workbook, SheetKindIsTheExactExtensionOfTheLastComponent) {
   for (const char* path : {"log.XLS", "log.xls.bak", "log", ".xls", "dir.xls/log", "log.xlsm"}) {
     EXPECT_EQ(sheet_kind(path), SheetKind::not_a_log_sheet) << path;
   }
+  EXPECT_EQ(sheet_kind_ignoring_case("log.XLS"), SheetKind::xls);
+  EXPECT_EQ(sheet_kind_ignoring_case("LOG.Xlsx"), SheetKind::xlsx);
+  EXPECT_EQ(sheet_kind_ignoring_case("log.XLSM"), SheetKind::not_a_log_sheet);
 }
 
 TEST(Workbook, FilesThatCannotBeReadCarryTheirSystemError) {
