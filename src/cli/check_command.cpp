@@ -168,10 +168,7 @@ int run_check(const CheckArguments& arguments) {
   const CheckReport report =
       check(arguments.sheet, arguments.xml, CheckOptions{.changes = arguments.changes});
   if (report.merge.outcome == Outcome::not_a_log_sheet) {
-    print(fmt::format("pellago: {} is not a log sheet: pellago reads Excel workbooks whose name "
-                      "ends in .xls or .xlsx\n",
-                      arguments.sheet),
-          stderr);
+    print(not_a_log_sheet_message(arguments.sheet), stderr);
     return kExitNotALogSheet;
   }
   if (arguments.json) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
 
 namespace pellago::cli {
 
@@ -16,5 +17,9 @@ void add_check_command(CLI::App& app, int& status);
 void add_frames_command(CLI::App& app, int& status);
 void add_inspect_command(CLI::App& app, int& status);
 void add_merge_command(CLI::App& app, int& status);
+
+// The line (with its line feed) that says why the file at `path` is not read as a log sheet, for
+// a path that sheet_kind turned down.
+std::string not_a_log_sheet_message(const std::string& path);
 
 }  // namespace pellago::cli

@@ -29,11 +29,31 @@ const CLI::Validator kFiniteRate(
     },
     "", "finite rate");
 
+// Warnings on standard error for arguments that convert, as every text does, but not as a person
+// would expect: the count printed stays the one the merge would use.
+void warn_about_unusual_input(const FramesArguments& arguments) {
+  if (!is_timecode(arguments.timecode)) {
+    std::fputs(fmt::format("pellago: warning: \"{}\" is not a timecode (hours, minutes, seconds "
+                           "and frames separated by \":\", \";\" or \".\", or a number); fields "
+                           "without digits count as 0\n",
+                           arguments.timecode)
+                   .c_str(),
+               stderr);
+  }
+  if (arguments.display_format != "DF" && arguments.display_format != "NDF") {
+    std::fputs(fmt::format("pellago: warning: \"{}\" is not DF, which is compared exactly: every "
+                           "frame is counted, without drop frames\n",
+                           arguments.display_format)
+                   .c_str(),
+               stderr);
+  }
+}
+
 }  // namespace
 
 void add_frames_command(CLI::App& app, int& status) {
-  CLI::App* frames = app.add_subcommand(
-      "frames", "Print the frame count of a timecode, as the merge converts timecodes");
+  CLI::App* frames =
+      app.add_subcommand("frames", "Print the frame count of a timecode, as the merge counts it");
   auto arguments = std::make_shared<FramesArguments>();
   frames
       ->add_option("TIMECODE", arguments->timecode,
@@ -60,9 +80,12 @@ void add_frames_command(CLI::App& app, int& status) {
       "  pellago frames 01:00:00:00 25 NDF        prints 90000\n"
       "  pellago frames 1000012.0 25 NDF          prints 90012\n\n"
       "Quote a timecode with \";\" from the shell. Every text gives a number: fields without "
-      "digits count as 0. Put -- before the arguments when the timecode starts with \"-\".\n\n"
+      "digits count as 0, and a warning on standard error says when the timecode is not one, or "
+      "when FORMAT is neither DF nor NDF. Put -- before the arguments when the timecode starts "
+      "with \"-\".\n\n"
       "Exit status: 0 done, 2 wrong usage.");
   frames->callback([arguments, &status] {
+    warn_about_unusual_input(*arguments);
     const std::int64_t count =
         to_frames(arguments->timecode, arguments->rate, arguments->display_format);
     std::fputs(fmt::format("{}\n", count).c_str(), stdout);

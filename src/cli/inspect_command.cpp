@@ -90,11 +90,7 @@ std::vector<LogRow> read_rows_of(const std::string& path, const Workbook& workbo
 int inspect_log_sheet(const std::string& path) {
   const SheetKind kind = sheet_kind(path);
   if (kind == SheetKind::not_a_log_sheet) {
-    std::fputs(fmt::format("pellago: {} is not a log sheet: only files ending in .xls or .xlsx "
-                           "(lower case) are read\n",
-                           path)
-                   .c_str(),
-               stderr);
+    std::fputs(not_a_log_sheet_message(path).c_str(), stderr);
     return kExitNotALogSheet;
   }
   // A closed pipe on standard output fails the write instead of killing the process.
@@ -109,8 +105,8 @@ int inspect_log_sheet(const std::string& path) {
 }  // namespace
 
 void add_inspect_command(CLI::App& app, int& status) {
-  CLI::App* inspect = app.add_subcommand(
-      "inspect", "Show what a log sheet holds, as the merge reads it, in JSON on standard output.");
+  CLI::App* inspect =
+      app.add_subcommand("inspect", "Show a log sheet as the merge reads it, in JSON");
   auto path = std::make_shared<std::string>();
   inspect->add_option("SHEET", *path, "The log sheet: an .xls or .xlsx workbook")->required();
   inspect->footer(

@@ -1,18 +1,63 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "cli/commands.hpp"
+#include "cli/help_formatter.hpp"
 #include "error.hpp"
 
 namespace {
 
+// Edits (insertions, deletions, substitutions, swaps of neighbours) that turn a into b.
+std::size_t edit_distance(const std::string& a, const std::string& b) {
+  std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) d[i][0] = i;
+  for (std::size_t j = 0; j <= b.size(); ++j) d[0][j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      d[i][j] = std::min(
+          {d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+        d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+      }
+    }
+  }
+  return d[a.size()][b.size()];
+}
+
+// "pellago: "mrege" is not a command; the commands are merge, inspect and frames (did you mean
+// merge?)": the commands in the order the help lists them, and the nearest when it is near.
+std::string unknown_command_message(const CLI::App* app, const std::string& word) {
+  std::vector<std::string> names;
+  for (const CLI::App* sub : app->get_subcommands({})) names.push_back(sub->get_name());
+  if (names.empty()) return {};
+  std::string list = names.front();
+  for (std::size_t i = 1; i < names.size(); ++i) {
+    list += fmt::format("{}{}", i + 1 == names.size() ? " and " : ", ", names[i]);
+  }
+  const auto nearest = std::ranges::min_element(
+      names, {}, [&](const std::string& name) { return edit_distance(word, name); });
+  const std::string suggestion =
+      edit_distance(word, *nearest) <= 2 ? fmt::format(" (did you mean {}?)", *nearest) : "";
+  return fmt::format(
+      "pellago: \"{}\" is not a command; the commands are {}{}; see 'pellago --help'\n", word, list,
+      suggestion);
+}
+
 // Wrong usage in one line: what was wrong, and the help of the command that was being parsed.
 std::string usage_message(const CLI::App* app, const CLI::Error& error) {
+  // A first word that named no command is left over, unparsed, on the program itself.
+  const std::vector<std::string> left = app->remaining();
+  if (app->get_subcommands().empty() && !left.empty() && !left.front().starts_with('-')) {
+    return unknown_command_message(app, left.front());
+  }
   std::string command = "pellago";
   for (const CLI::App* sub : app->get_subcommands()) command += " " + sub->get_name();
   return fmt::format("pellago: {}; see '{} --help'\n", error.what(), command);
@@ -27,6 +72,8 @@ int main(int argc, char** argv) {
       "pellago merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro "
       "XML document.\n\nRun 'pellago COMMAND --help' to learn about one command."};
   app.name("pellago");
+  // Set before the commands are added: each takes its parent's formatter.
+  app.formatter(std::make_shared<HelpFormatter>());
   app.require_subcommand(1);
   app.failure_message(usage_message);
   app.footer(

@@ -1,13 +1,15 @@
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/commands.hpp"
+#include "cli/progress_bar.hpp"
 #include "merge/add_log_notes.hpp"
 #include "merge/output_file.hpp"
 
@@ -63,8 +65,20 @@ the merge with an error naming the sheet row, the column and the character.
 )";
 
 constexpr const char* kFooter =
-    R"(Exit status: 0 merged; 1 error (the message says which clip and sheet row,
-and nothing is written); 2 wrong usage; 3 SHEET does not end in .xls or .xlsx.)";
+    R"(A progress line shows on a terminal; a one-line summary ends the run: clips
+visited and changed, the subclips made, markers added, sheet rows that matched
+no clip.
+
+Exit status: 0 merged; 1 error (the message says which clip and sheet row,
+and nothing is written); 2 wrong usage; 3 SHEET does not end in .xls or .xlsx.
+
+Examples:
+  pellago merge day1.xlsx day1.xml day1_logged.xml
+      merges the notes of day1.xlsx into the export day1.xml and writes the
+      result to day1_logged.xml, for Final Cut Pro to import
+  pellago merge -q "Log Sheet.xls" project.xml project.xml
+      merges into project.xml itself, replacing it only when the merge
+      succeeded, and shows no progress line)";
 
 struct MergeOptions {
   std::string sheet;
@@ -74,68 +88,36 @@ struct MergeOptions {
   bool strict = false;
 };
 
-// A one-line bar on stderr, redrawn at most every tenth of a second and only when its percentage
-// changes; the last state is always drawn. Cleared when it goes away.
-class ProgressBar {
- public:
-  ProgressBar() = default;
-  ProgressBar(const ProgressBar&) = delete;
-  ProgressBar& operator=(const ProgressBar&) = delete;
-  ~ProgressBar() { clear(); }
-
-  Progress callbacks() {
-    return {.set_indeterminate = {},
-            .set_double_value = [this](std::int64_t value) { value_ = value; },
-            .set_max_value = [this](std::int64_t max) { max_ = max; },
-            .increment_by = [this](std::int64_t step) { value_ += step; },
-            .display_if_needed = [this] { draw(); }};
-  }
-
-  void clear() {
-    if (!drawn_) return;
-    std::fputs("\r\033[K", stderr);
-    std::fflush(stderr);
-    drawn_ = false;
-  }
-
- private:
-  static constexpr auto kInterval = std::chrono::milliseconds(100);
-  static constexpr int kWidth = 30;
-
-  void draw() {
-    const std::int64_t percent = max_ > 0 ? value_ * 100 / max_ : 100;
-    const auto now = std::chrono::steady_clock::now();
-    const bool last = value_ >= max_;
-    if (percent == shown_percent_ || (!last && drawn_ && now - drawn_at_ < kInterval)) return;
-    const auto filled = static_cast<std::size_t>(percent * kWidth / 100);
-    std::fputs(fmt::format("\rmerging clips [{:#<{}}{:.<{}}] {:3}% {}/{}", "", filled, "",
-                           kWidth - filled, percent, value_, max_)
-                   .c_str(),
-               stderr);
-    std::fflush(stderr);
-    shown_percent_ = percent;
-    drawn_at_ = now;
-    drawn_ = true;
-  }
-
-  std::int64_t value_ = 0;
-  std::int64_t max_ = 0;
-  std::int64_t shown_percent_ = -1;
-  std::chrono::steady_clock::time_point drawn_at_;
-  bool drawn_ = false;
-};
-
 std::string counted(std::size_t count, std::string_view noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
+// The summary names each subclip while there are at most this many.
+constexpr std::size_t kNamedSubclips = 6;
+
+// "; A001 became 2 subclips: "Intro", "Wide"" while they are few, "; cut 4 clips into 12 subclips"
+// when they are more; nothing when no clip was cut.
+std::string cut_clips_text(const std::vector<CutClip>& cut_clips) {
+  std::size_t subclips = 0;
+  for (const CutClip& cut : cut_clips) subclips += cut.subclips.size();
+  if (subclips > kNamedSubclips) {
+    return fmt::format("; cut {} into {}", counted(cut_clips.size(), "clip"),
+                       counted(subclips, "subclip"));
+  }
+  std::string text;
+  for (const CutClip& cut : cut_clips) {
+    text += fmt::format("; {} became {}: \"{}\"", cut.name, counted(cut.subclips.size(), "subclip"),
+                        fmt::join(cut.subclips, "\", \""));
+  }
+  return text;
+}
+
 std::string summary(const MergeReport& report, const MergeOptions& options) {
-  std::string text =
-      fmt::format("merged {} ({} changed, {} made, {} added); {} matched no clip; wrote {}",
-                  counted(report.clips_visited, "clip"), report.clips_changed,
-                  counted(report.subclips_made, "subclip"), counted(report.markers_added, "marker"),
-                  counted(report.rows_unmatched, "sheet row"),
-                  options.output == kStandardOutput ? "standard output" : options.output);
+  std::string text = fmt::format(
+      "visited {}, changed {}{}; added {}; {} matched no clip; wrote {}",
+      counted(report.clips_visited, "clip"), report.clips_changed, cut_clips_text(report.cut_clips),
+      counted(report.markers_added, "marker"), counted(report.rows_unmatched, "sheet row"),
+      options.output == kStandardOutput ? "standard output" : options.output);
   if (report.recovered.count > 0) {
     text += fmt::format("; clips after line {} of {} may be missing", report.recovered.line,
                         options.xml);
@@ -162,16 +144,12 @@ int run_merge(const MergeOptions& options) {
   std::optional<ProgressBar> bar;
   Host host;
   host.strict = options.strict;
-  if (!options.quiet && isatty(STDERR_FILENO)) host.progress = bar.emplace().callbacks();
+  if (!options.quiet && isatty(STDERR_FILENO)) bar.emplace().attach_to(host);
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
   if (bar) bar->clear();
   if (report.outcome == Outcome::not_a_log_sheet) {
-    std::fputs(fmt::format("pellago: {} is not a log sheet: pellago reads Excel workbooks whose "
-                           "name ends in .xls or .xlsx\n",
-                           options.sheet)
-                   .c_str(),
-               stderr);
+    std::fputs(not_a_log_sheet_message(options.sheet).c_str(), stderr);
     return kExitNotALogSheet;
   }
   warn_recovered(report.recovered, options.xml);
@@ -192,7 +170,7 @@ void add_merge_command(CLI::App& app, int& status) {
   merge->add_option("XML", options->xml, "The Final Cut Pro XML document to merge into")
       ->required();
   merge->add_option("OUTPUT", options->output, "Where to write the merged document")->required();
-  merge->add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+  merge->add_flag("-q,--quiet", options->quiet, "Show no progress line");
   merge->add_flag("--strict", options->strict,
                   "Refuse an XML document that is not well-formed instead of merging what can be "
                   "recovered from it");

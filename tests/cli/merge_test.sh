@@ -58,23 +58,26 @@ expect_only_files() {
 run merge "$sheet" "$project" "$scratch/out.xml"
 expect_status 0 "merge"
 expect_same "$scratch/out.xml" "$merged" "merge"
-summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml; run 'pellago check' to see why"
+summary="visited 6 clips, changed 5; A001_C002_0611AB became 3 subclips: \"Boat arrives\", \"Rope throw\", \"Wide harbour\"; added 6 markers; 1 sheet row matched no clip; wrote $scratch/out.xml; run 'pellago check' to see why"
 [[ $out == "$summary" ]] || fail "summary reads '$out'"
 [[ -z $err ]] || fail "merge wrote to stderr off a terminal: '$err'"
 
-# On a terminal the progress bar is drawn and cleared; --quiet silences it.
-if command -v script >/dev/null; then
-  bar=$(script -qec "'$pellago' merge '$sheet' '$project' '$scratch/out.xml' 2>&1 >/dev/null" /dev/null)
-  [[ $bar == *"merging clips ["*"] 100% 6/6"*$'\r\033[K'* ]] || fail "no progress bar on a terminal: '$bar'"
-  bar=$(script -qec "'$pellago' merge -q '$sheet' '$project' '$scratch/out.xml' 2>&1 >/dev/null" /dev/null)
-  [[ -z $bar ]] || fail "--quiet still drew: '$bar'"
-fi
-
-# Not a log sheet: status 3, one line naming the extensions, nothing written.
+# Not a log sheet: status 3, one line naming the extensions, nothing written; an upper-case
+# extension is told apart.
+run merge "$scratch/log.csv" "$project" "$scratch/not_written.xml"
+expect_status 3 "not a log sheet"
+[[ $err == "pellago: $scratch/log.csv is not a log sheet: "*".xls or .xlsx" ]] || fail "status 3 says '$err'"
 run merge "$scratch/log.XLSX" "$project" "$scratch/not_written.xml"
 expect_status 3 "upper-case extension"
-[[ $err == *".xls"*".xlsx"* && $(wc -l <"$scratch/stderr") -eq 1 ]] || fail "status 3 says '$err'"
+[[ $err == *"compared in lower case"*"rename it to $scratch/log.xlsx" && $(wc -l <"$scratch/stderr") -eq 1 ]] ||
+  fail "upper-case extension says '$err'"
 [[ ! -e $scratch/not_written.xml ]] || fail "a file was written for a sheet that is not a log sheet"
+
+# A mistyped command names the commands there are.
+run mrege "$sheet" "$project" "$scratch/not_written.xml"
+expect_status 2 "mistyped command"
+[[ $err == 'pellago: "mrege" is not a command; the commands are merge, inspect, check and frames (did you mean merge?)'* ]] ||
+  fail "mistyped command says '$err'"
 
 # Wrong usage: status 2 and one line saying what was wrong and where help is.
 run merge "$sheet" "$project"
@@ -136,7 +139,7 @@ expect_same "$scratch/sheet_copy.xlsx" "$sheet" "the sheet as output"
 run merge "$sheet" "$project" -
 expect_status 0 "standard output"
 expect_same "$scratch/stdout" "$merged" "standard output"
-[[ $err == "merged 6 clips"*"wrote standard output; run 'pellago check' to see why" ]] || fail "standard output: summary '$err'"
+[[ $err == "visited 6 clips"*"wrote standard output; run 'pellago check' to see why" ]] || fail "standard output: summary '$err'"
 "$pellago" merge "$sheet" "$project" - 2>/dev/null | head -c 1 >/dev/null
 status=${PIPESTATUS[0]}
 [[ $status -eq 1 || $status -eq 0 ]] || fail "a closed standard output ended the merge with status $status"
