@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -32,11 +33,13 @@ const CLI::Validator kFiniteRate(
 // Warnings on standard error for arguments that convert, as every text does, but not as a person
 // would expect: the count printed stays the one the merge would use.
 void warn_about_unusual_input(const FramesArguments& arguments) {
-  if (!is_timecode(arguments.timecode)) {
-    std::fputs(fmt::format("pellago: warning: \"{}\" is not a timecode (hours, minutes, seconds "
-                           "and frames separated by \":\", \";\" or \".\", or a number); fields "
-                           "without digits count as 0\n",
-                           arguments.timecode)
+  // Rates beyond any real one are kept within what llround can return.
+  const std::int64_t frame_base = std::llround(std::clamp(arguments.rate, -1e12, 1e12));
+  if (!is_timecode(arguments.timecode, frame_base)) {
+    std::fputs(fmt::format("pellago: warning: \"{}\" is not a timecode at {} frames per second "
+                           "(hours:minutes:seconds:frames, minutes and seconds below 60, frames "
+                           "below {}, or a number); fields without digits count as 0\n",
+                           arguments.timecode, frame_base, frame_base)
                    .c_str(),
                stderr);
   }

@@ -11,10 +11,26 @@ namespace pellago {
 namespace {
 
 // Indexed by the enumerators' values, in their order.
-constexpr std::array<std::string_view, 12> kKindNames{
-    "unmatched_name",       "near_header",      "ignored_marker_header", "good_not_yes",
-    "unknown_marker_color", "not_a_timecode",   "outside_media",         "out_before_in",
-    "position_limit",       "shared_clip_name", "repeated_name",         "merge_fails"};
+constexpr std::array<std::string_view, 20> kKindNames{"unmatched_name",
+                                                      "near_header",
+                                                      "ignored_marker_header",
+                                                      "good_not_yes",
+                                                      "unknown_marker_color",
+                                                      "not_a_timecode",
+                                                      "outside_media",
+                                                      "out_before_in",
+                                                      "position_limit",
+                                                      "shared_clip_name",
+                                                      "repeated_name",
+                                                      "marker_already_present",
+                                                      "earlier_subclip",
+                                                      "three_field_timecode",
+                                                      "time_of_day_cell",
+                                                      "timecode_without_digits",
+                                                      "number_in_text_column",
+                                                      "in_out_on_single_row",
+                                                      "word_case",
+                                                      "merge_fails"};
 constexpr std::array<std::string_view, 3> kSeverityNames{"note", "warning", "error"};
 constexpr std::array<std::string_view, 5> kChangeKindNames{"text_set", "attribute_set", "added",
                                                            "removed", "subclip_made"};

@@ -12,18 +12,26 @@ namespace pellago {
 
 // What a check found. The names (kind_name) are stable: tools match on them.
 enum class FindingKind {
-  unmatched_name,         // a row whose Name matches no clip
-  near_header,            // a header the merge does not read, close to one it does
-  ignored_marker_header,  // a header with "Marker" in it that is none of the four marker headers
-  good_not_yes,           // a Good cell that reads FALSE but looks like a yes
-  unknown_marker_color,   // a marker colour outside the colour table (the marker stays red)
-  not_a_timecode,         // an In, Out, marker or aux text that is not a timecode
-  outside_media,          // an In, Out or marker outside the clip's media
-  out_before_in,          // a subclip row whose Out comes before its In
-  position_limit,         // a matched clip further down the document than the sheet has rows
-  shared_clip_name,       // several clips carry the row's Name; each of them gets the row
-  repeated_name,          // a row that repeats an earlier row's Name: it becomes a subclip
-  merge_fails,            // the merge would fail with this error
+  unmatched_name,           // a row whose Name matches no clip
+  near_header,              // a header the merge does not read, close to one it does
+  ignored_marker_header,    // a header with "Marker" in it that is none of the four marker headers
+  good_not_yes,             // a Good cell that reads FALSE but looks like a yes
+  unknown_marker_color,     // a marker colour outside the colour table (the marker stays red)
+  not_a_timecode,           // an In, Out, marker or aux text that is not a timecode
+  outside_media,            // an In, Out or marker outside the clip's media
+  out_before_in,            // a subclip row whose Out comes before its In
+  position_limit,           // a matched clip further down the document than the sheet has rows
+  shared_clip_name,         // several clips carry the row's Name; each of them gets the row
+  repeated_name,            // a row that repeats an earlier row's Name: it becomes a subclip
+  marker_already_present,   // the clip has a marker at the same frame with the same name already
+  earlier_subclip,          // a row naming a subclip, or the clip, of an earlier merge
+  three_field_timecode,     // a timecode of three fields, read as M:S:F, that looks meant as H:M:S
+  time_of_day_cell,         // a time of day (10:00:05) in a timecode column, read as M:S:F
+  timecode_without_digits,  // a timecode text without digits ("TBD"), read as 00:00:00:00
+  number_in_text_column,    // a number cell where text belongs: 12 is written "12.0"
+  in_out_on_single_row,     // In and Out on a clip's only row: they cut nothing
+  word_case,                // "df", "true": a display format or rate word compared exactly
+  merge_fails,              // the merge would fail with this error
 };
 
 // warning: the sheet probably does not say what its writer meant. note: worth knowing, often

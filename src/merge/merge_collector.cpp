@@ -10,6 +10,8 @@
 #include "merge/markers.hpp"
 #include "merge/merge_document.hpp"
 #include "merge/near_names.hpp"
+#include "timecode/frame_rate.hpp"
+#include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
 
 namespace pellago {
@@ -60,44 +62,72 @@ bool looks_like_yes(const std::string& cell) {
          std::find(kYes.begin(), kYes.end(), lower_ascii(trimmed(cell))) != kYes.end();
 }
 
-bool all_digits(std::string_view text) {
-  return !text.empty() &&
-         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+bool digit_at(std::string_view text, std::size_t i) {
+  return i < text.size() && text[i] >= '0' && text[i] <= '9';
 }
 
-// The runs of `text` between ":", ";" and "." separators, empty runs included.
-std::vector<std::string> timecode_fields(std::string_view text) {
-  std::vector<std::string> fields(1);
-  for (char c : text) {
-    if (c == ':' || c == ';' || c == '.') {
-      fields.emplace_back();
-    } else {
-      fields.back() += c;
+// The time of day of a text in the form the workbook gives a spreadsheet's time cells
+// ("10:00:05", or "2024-06-11T10:00:05" with a date), which is also how a person types one; none
+// for other texts.
+std::optional<std::string> time_of_day(std::string_view text) {
+  if (text.size() == 19 && digit_at(text, 0) && text[4] == '-' && text[7] == '-' &&
+      (text[10] == 'T' || text[10] == ' ')) {
+    text.remove_prefix(11);
+  }
+  if (text.size() != 8 || text[2] != ':' || text[5] != ':') return std::nullopt;
+  for (std::size_t i : {0, 1, 3, 4, 6, 7}) {
+    if (!digit_at(text, i)) return std::nullopt;
+  }
+  return std::string(text);
+}
+
+// The headers whose cells the merge writes into the document as text.
+bool is_text_header(std::string_view header) {
+  if (header == "Subclip Name" || header == "Marker Name" || header == "Marker Comment") {
+    return true;
+  }
+  const std::vector<std::string_view> fields = logging_field_headers();
+  return header != "Good" && std::find(fields.begin(), fields.end(), header) != fields.end();
+}
+
+// The cell's number as a person typed it ("12" for the cell text "12.0"), when the cell is a
+// whole number that the merge writes with ".0".
+std::optional<std::string> whole_number_typed(const Cell& cell) {
+  if (!std::holds_alternative<double>(cell)) return std::nullopt;
+  const std::string text = cell_text(cell);
+  if (!text.ends_with(".0")) return std::nullopt;
+  return text.substr(0, text.size() - 2);
+}
+
+std::string upper_ascii(std::string text) {
+  for (char& c : text) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return text;
+}
+
+// "A001 clip01" -> "A001": the id of the clip a merge copied, for the id of a copy it made.
+std::string id_copied_from(const std::string& id) {
+  const std::size_t at = id.rfind(" clip0");
+  if (at == std::string::npos || !digit_at(id, at + 6)) return id;
+  return id.substr(0, at);
+}
+
+// Whether the clip holds, beside its first <media> where the merge puts markers, a marker at
+// `frame` named `name`.
+bool has_marker(Element clip, std::int64_t frame, const std::string& name) {
+  const Element media = clip.first("media");
+  if (!media) return false;
+  const Element holder = media.parent();
+  for (Element marker : holder.all("marker")) {
+    if (marker.parent() != holder) continue;
+    const Element in = marker.first("in");
+    const Element marker_name = marker.first("name");
+    if (in && marker_name && read_integer(in.text()) == frame && marker_name.text() == name) {
+      return true;
     }
   }
-  return fields;
-}
-
-// Hours, minutes, seconds and frames within range, as a log sheet writes a timecode: fields
-// separated by ":", ";" or "." (hours may be left out), or the number of a number cell (1000012.0
-// for 01:00:00:12), or a bare frame count. Blanks around it are read past by the conversion.
-bool is_timecode(const std::string& text, std::int64_t frames_per_second) {
-  const std::string core = trimmed(text);
-  if (all_digits(core)) return true;
-  std::vector<std::string> fields = timecode_fields(core);
-  if (!std::all_of(fields.begin(), fields.end(), all_digits)) return false;
-  if (fields.size() == 2) {
-    if (fields[1] != "0" || fields[0].size() > 8) return false;
-    const std::string digits = std::string(8 - fields[0].size(), '0') + fields[0];
-    fields = {digits.substr(0, 2), digits.substr(2, 2), digits.substr(4, 2), digits.substr(6, 2)};
-  }
-  if (fields.size() == 3) fields.insert(fields.begin(), "0");
-  if (fields.size() != 4 || fields[0].size() > 2 || fields[1].size() > 2 || fields[2].size() > 2 ||
-      fields[3].size() > 3) {
-    return false;
-  }
-  return std::stoi(fields[1]) < 60 && std::stoi(fields[2]) < 60 &&
-         std::stoi(fields[3]) < std::max<std::int64_t>(frames_per_second, 1);
+  return false;
 }
 
 // Each element that holds no element, below and including `node`, and each attribute, as
@@ -182,12 +212,16 @@ std::optional<Column> MergeCollector::column_at(int column) const {
 }
 
 // The column the merge reads a header from: the right-hand one when two carry it.
-std::optional<Column> MergeCollector::column(std::string_view header) const {
+int MergeCollector::column_index(std::string_view header) const {
   for (int column = static_cast<int>(headers_.size()); column >= 1; --column) {
     const auto* text = std::get_if<std::string>(&headers_[column - 1]);
-    if (text && *text == header) return column_at(column);
+    if (text && *text == header) return column;
   }
-  return std::nullopt;
+  return 0;
+}
+
+std::optional<Column> MergeCollector::column(std::string_view header) const {
+  return column_at(column_index(header));
 }
 
 void MergeCollector::add(FindingKind kind, Severity severity, std::optional<int> row,
@@ -262,8 +296,20 @@ void MergeCollector::document_read(const Document& document) {
 void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) {
   const ClipRef clip{match.name, match.id};
   clips_.push_back(clip);
+  const bool subclip = static_cast<bool>(match.clip.first("subclipinfo"));
+  if (subclip) subclips_.push_back(clip);
   if (match.rows.empty()) return;
   clips_by_name_[match.name].push_back(clip);
+  if (subclip) {
+    for (std::size_t row : match.rows) {
+      add(FindingKind::earlier_subclip, Severity::warning, sheet_row(row), column("Name"), clip,
+          fmt::format("the clip \"{}\" is a subclip (its clip items hold <subclipinfo>), as a "
+                      "merge leaves the clips that several rows cut: merging into it again adds "
+                      "the row's markers a second time and cuts subclips out of the subclip",
+                      match.name),
+          "merge the sheet into the export the earlier merge started from, not into its output");
+    }
+  }
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
     add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
         fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
@@ -294,8 +340,82 @@ void MergeCollector::row_started(const ClipMatch& match, std::size_t j) {
 void MergeCollector::row_timed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                                std::int64_t clip_duration) {
   const std::size_t position = match.rows[j];
-  check_cells((*rows_)[position], sheet_row(position), ClipRef{match.name, match.id});
+  const ClipRef clip{match.name, match.id};
+  check_cells((*rows_)[position], sheet_row(position), clip);
+  check_number_cells(sheet_row(position), clip);
+  check_single_row(match, j);
+  check_words(match, j, timing);
   check_timecodes(match, j, timing, clip_duration);
+}
+
+void MergeCollector::check_number_cells(int at, const ClipRef& clip) {
+  for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
+    const auto* header = std::get_if<std::string>(&headers_[column - 1]);
+    if (!header || !is_text_header(*header)) continue;
+    const std::optional<std::string> typed = whole_number_typed(workbook_->cell(at, column));
+    if (!typed) continue;
+    add(FindingKind::number_in_text_column, Severity::warning, at, column_at(column), clip,
+        fmt::format("the {} cell holds the number {}, which the merge writes as \"{}.0\"", *header,
+                    *typed, *typed),
+        fmt::format("format the {} column as text and type {} again", *header, *typed));
+  }
+}
+
+void MergeCollector::check_single_row(const ClipMatch& match, std::size_t j) {
+  const LogRow& row = (*rows_)[match.rows[j]];
+  const std::string* in = row.field("In");
+  const std::string* out = row.field("Out");
+  if (match.several || !in || !out || in->empty() || out->empty()) return;
+  add(FindingKind::in_out_on_single_row, Severity::warning, sheet_row(match.rows[j]), column("In"),
+      ClipRef{match.name, match.id},
+      fmt::format("the row gives In \"{}\" and Out \"{}\", but it is the only row of clip \"{}\": "
+                  "In and Out cut subclips only when several rows name a clip, and a single row "
+                  "leaves the clip's In and Out points as they are",
+                  *in, *out, match.name),
+      "to cut subclips, give the clip one row per subclip, each with the same Name");
+}
+
+// Words the merge compares exactly, in the target clip, written in another letter case.
+void MergeCollector::check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing) {
+  const LogRow& row = (*rows_)[match.rows[j]];
+  const int at = sheet_row(match.rows[j]);
+  const ClipRef clip{match.name, match.id};
+  const std::string* in = row.field("In");
+  const std::string* out = row.field("Out");
+  std::optional<Column> converting;  // the first column whose timecodes use the clip's rate
+  if (match.several && in && out && !in->empty() && !out->empty()) {
+    converting = column("In");
+  } else if (!row.markers.empty()) {
+    const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
+    if (!columns.empty()) converting = column_at(columns.front().timecode);
+  }
+  if (converting && !timing.rate && upper_ascii(timing.ntsc) != timing.ntsc &&
+      find_frame_rate(FRAME_RATES, timing.timebase, upper_ascii(timing.ntsc))) {
+    add(FindingKind::word_case, Severity::warning, at, converting, clip,
+        fmt::format("the clip's rate/ntsc reads \"{}\", and only TRUE or FALSE, exactly, give it a "
+                    "frame rate: without one the merge cannot place the row's timecodes",
+                    timing.ntsc),
+        fmt::format("write {} in the clip's <ntsc>", upper_ascii(timing.ntsc)));
+  }
+  if (converting && timing.display_format != "DF" && upper_ascii(timing.display_format) == "DF") {
+    add(FindingKind::word_case, Severity::warning, at, converting, clip,
+        fmt::format("the clip's displayformat reads \"{}\", and only DF, exactly, counts drop "
+                    "frames: the row's timecodes are counted without them",
+                    timing.display_format),
+        "write DF in the clip's <displayformat>");
+  }
+  const Element file_format = match.clips[j].first("file/timecode/displayformat");
+  if (!file_format || file_format.text() == "DF" || upper_ascii(file_format.text()) != "DF") return;
+  for (std::string_view header : aux_timecode_headers()) {
+    const std::string* value = row.field(header);
+    if (!value || value->empty()) continue;
+    add(FindingKind::word_case, Severity::warning, at, column(header), clip,
+        fmt::format("the clip's file timecode displayformat reads \"{}\", and only DF, exactly, "
+                    "counts drop frames: the {} is counted without them",
+                    file_format.text(), header),
+        "write DF in the <displayformat> of the clip's file timecode");
+    return;
+  }
 }
 
 void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
@@ -324,40 +444,95 @@ void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip)
   }
 }
 
+std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& text,
+                                                          const TimecodeCell& cell,
+                                                          const ClipTiming& timing,
+                                                          std::int64_t clip_duration) {
+  if (!timing.rate) return std::nullopt;  // the merge fails on it
+  const std::int64_t base = timing.timebase;
+  const auto frame_in_clip = [&](const std::string& timecode) {
+    return to_frames(timecode, timing.rate->fcp_rate, timing.display_format) - timing.start_frame;
+  };
+  const auto timecode_of = [&](std::int64_t frame) {
+    return format_timecode(timing.start_frame + frame, base, timing.display_format == "DF");
+  };
+  const std::int64_t frame = frame_in_clip(text);
+  const std::string start = timecode_of(0);
+  const std::string end = timecode_of(clip_duration - 1);
+  const std::string span =
+      fmt::format("write a timecode from {} (the clip's start) to {} (its end)", start, end);
+  const std::string column_name = cell.column ? cell.column->header : std::string(cell.what);
+
+  if (has_no_digits(text)) {
+    add(FindingKind::timecode_without_digits, Severity::warning, cell.row, cell.column, cell.clip,
+        fmt::format("the {} \"{}\" holds no digits: the merge reads it as 00:00:00:00, frame {} of "
+                    "the clip",
+                    cell.what, text, frame),
+        cell.what == "marker timecode" ? span + ", or empty the cell to leave the marker out"
+                                       : span);
+    return std::nullopt;
+  }
+  const std::vector<std::string> fields = timecode_fields(trimmed(text));
+  if (const std::optional<std::string> time = time_of_day(trimmed(text))) {
+    add(FindingKind::time_of_day_cell, Severity::warning, cell.row, cell.column, cell.clip,
+        fmt::format("the {} \"{}\" is a time of day, as a spreadsheet stores {} typed into a cell: "
+                    "the merge reads it as minutes, seconds and frames, frame {} of the clip",
+                    cell.what, text, *time, frame),
+        fmt::format("format the {} column as text, then type the timecode with its frames: {}:00",
+                    column_name, *time));
+    return std::nullopt;
+  }
+  if (fields.size() == 3 && std::ranges::all_of(fields, [](const std::string& field) {
+        return !field.empty() && !has_no_digits(field) && field.find(' ') == std::string::npos;
+      })) {
+    const std::string four_fields = fmt::format("{}:{}:{}:00", fields[0], fields[1], fields[2]);
+    const std::int64_t as_hours = frame_in_clip(four_fields);
+    const std::int64_t frames_field = read_integer(fields[2]);
+    const bool inside = frame >= 0 && frame < clip_duration;
+    const bool hours_inside = as_hours >= 0 && as_hours < clip_duration;
+    if ((frames_field >= base && frames_field < 60) ||
+        (timing.start_frame >= 3600 * base && !inside && hours_inside)) {
+      add(FindingKind::three_field_timecode, Severity::warning, cell.row, cell.column, cell.clip,
+          fmt::format("the {} \"{}\" has three fields, which the merge reads as minutes, seconds "
+                      "and frames: frame {} of a clip that starts at {}; read as hours, minutes "
+                      "and seconds it would be {}",
+                      cell.what, text, frame, start, four_fields),
+          fmt::format("write all four fields: {}", four_fields));
+      return std::nullopt;
+    }
+  }
+  if (!is_timecode(text, base)) {
+    add(FindingKind::not_a_timecode, Severity::warning, cell.row, cell.column, cell.clip,
+        fmt::format("the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
+                    cell.what, text, frame),
+        "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
+    return std::nullopt;
+  }
+  if (frame < 0 || frame >= clip_duration) {
+    add(FindingKind::outside_media, Severity::warning, cell.row, cell.column, cell.clip,
+        fmt::format("the {} \"{}\" lies {} the clip's media: it is frame {}, and the clip holds "
+                    "frames 0 to {}",
+                    cell.what, text, frame < 0 ? "before the start of" : "after the end of", frame,
+                    clip_duration - 1),
+        span);
+  }
+  return frame;
+}
+
 void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
                                      const ClipTiming& timing, std::int64_t clip_duration) {
   const LogRow& row = (*rows_)[match.rows[j]];
   const int at = sheet_row(match.rows[j]);
   const ClipRef clip{match.name, match.id};
-  const std::int64_t per_second = timing.rate ? timing.timebase : 0;
-  // The frame of a timecode relative to the clip's start, as the merge places it; none when the
-  // text is not a timecode (reported) or the clip has no rate entry (the merge fails on it).
-  auto frame_of = [&](const std::string& text, std::optional<Column> where,
-                      std::string_view what) -> std::optional<std::int64_t> {
-    if (!timing.rate) return std::nullopt;
-    const std::int64_t frame =
-        to_frames(text, timing.rate->fcp_rate, timing.display_format) - timing.start_frame;
-    if (!is_timecode(text, per_second)) {
-      add(FindingKind::not_a_timecode, Severity::warning, at, where, clip,
-          fmt::format("the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
-                      what, text, frame),
-          "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
-      return std::nullopt;
-    }
-    if (frame < 0 || frame >= clip_duration) {
-      add(FindingKind::outside_media, Severity::warning, at, where, clip,
-          fmt::format("the {} \"{}\" lies outside the clip's media: it is frame {}, and the clip "
-                      "holds frames 0 to {}",
-                      what, text, frame, clip_duration - 1));
-    }
-    return frame;
+  const auto cell = [&](std::optional<Column> where, std::string_view what) {
+    return TimecodeCell{at, std::move(where), clip, what};
   };
 
   const std::string* in = row.field("In");
   const std::string* out = row.field("Out");
   if (match.several && in && out && !in->empty() && !out->empty()) {
-    const auto first = frame_of(*in, column("In"), "In");
-    const auto last = frame_of(*out, column("Out"), "Out");
+    const auto first = checked_frame(*in, cell(column("In"), "In"), timing, clip_duration);
+    const auto last = checked_frame(*out, cell(column("Out"), "Out"), timing, clip_duration);
     if (first && last && *last < *first) {
       add(FindingKind::out_before_in, Severity::warning, at, column("Out"), clip,
           fmt::format("the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}",
@@ -367,8 +542,19 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
   }
   const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
-    frame_of(row.markers[i].timecode,
-             i < columns.size() ? column_at(columns[i].timecode) : std::nullopt, "marker timecode");
+    const MarkerEntry& marker = row.markers[i];
+    const std::optional<Column> where =
+        i < columns.size() ? column_at(columns[i].timecode) : std::nullopt;
+    const auto frame =
+        checked_frame(marker.timecode, cell(where, "marker timecode"), timing, clip_duration);
+    const std::string name = marker.name ? *marker.name : fmt::format("Marker {}", i + 1);
+    if (!frame || !has_marker(match.clips[j], *frame, name)) continue;
+    add(FindingKind::marker_already_present, Severity::warning, at, where, clip,
+        fmt::format("the clip already has the marker \"{}\" at \"{}\" (frame {}): markers are "
+                    "only ever added, so a second one would stand on it, as when a merged "
+                    "document is merged again",
+                    name, marker.timecode, *frame),
+        "merge into the export the earlier merge started from, or take the marker out of the row");
   }
   if (!match.clips[j].first("file/timecode/displayformat")) return;
   for (std::string_view header : aux_timecode_headers()) {
@@ -405,6 +591,7 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
           "head the column of clip names \"Name\"");
       continue;
     }
+    if (check_earlier_subclips(*name, sheet_row(position))) continue;
     std::optional<ClipRef> same;
     NearMiss reasons;
     for (const ClipRef& clip : clips_) {
@@ -421,6 +608,9 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
       message += fmt::format("; the clip \"{}\" would match if {} were set aside", same->name,
                              describe(reasons));
       suggestion = fmt::format("write \"{}\"", same->name);
+      if (whole_number_typed(workbook_->cell(sheet_row(position), column_index("Name")))) {
+        suggestion = fmt::format("format the Name column as text and type {} again", same->name);
+      }
     } else if (!name->empty()) {
       std::vector<std::string> names;
       for (const ClipRef& clip : clips_) names.push_back(clip.name);
@@ -430,6 +620,23 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
     add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), name_column,
         std::move(same), std::move(message), std::move(suggestion));
   }
+}
+
+bool MergeCollector::check_earlier_subclips(const std::string& name, int at) {
+  std::vector<std::string> made;
+  std::optional<ClipRef> first;
+  for (const ClipRef& subclip : subclips_) {
+    if (!subclip.id || id_copied_from(*subclip.id) != name) continue;
+    if (!first) first = subclip;
+    made.push_back(fmt::format("\"{}\"", subclip.name));
+  }
+  if (!first) return false;
+  add(FindingKind::earlier_subclip, Severity::warning, at, column("Name"), first,
+      fmt::format("no clip is named \"{}\" any more: an earlier merge cut the clip of id \"{}\" "
+                  "into subclips, now named {}, so the rows that name it match nothing",
+                  name, name, fmt::join(made, ", ")),
+      "merge the sheet into the export the earlier merge started from, not into its output");
+  return true;
 }
 
 void MergeCollector::check_shared_names() {

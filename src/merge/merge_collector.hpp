@@ -46,6 +46,7 @@ struct MergeCollector final : EditObserver {
   void removing(Element node) override;
 
  private:
+  int column_index(std::string_view header) const;  // 0 when no column has the header
   std::optional<Column> column(std::string_view header) const;
   std::optional<Column> column_at(int column) const;
   void add(FindingKind kind, Severity severity, std::optional<int> row,
@@ -53,9 +54,25 @@ struct MergeCollector final : EditObserver {
            std::string suggestion = {});
   void check_headers();
   void check_cells(const LogRow& row, int sheet_row, const ClipRef& clip);
+  // A timecode cell of a row, and what to call it in a message ("In", "marker timecode").
+  struct TimecodeCell {
+    int row;
+    std::optional<Column> column;
+    ClipRef clip;
+    std::string_view what;
+  };
+  void check_number_cells(int at, const ClipRef& clip);
+  void check_single_row(const ClipMatch& match, std::size_t j);
+  void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
   void check_timecodes(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                        std::int64_t clip_duration);
+  // The frame of the text relative to the clip's start, as the merge places it, after reporting
+  // what looks wrong with it; none when it is not a timecode or the clip has no rate entry.
+  std::optional<std::int64_t> checked_frame(const std::string& text, const TimecodeCell& cell,
+                                            const ClipTiming& timing, std::int64_t clip_duration);
   void check_unmatched(const std::vector<bool>& row_used);
+  // Reports an unmatched Name that is the id of a clip an earlier merge cut into subclips.
+  bool check_earlier_subclips(const std::string& name, int at);
   void check_shared_names();
   std::optional<ClipRef> clip_of(Element element) const;
   bool in_copy_being_made(Element element) const;
@@ -67,7 +84,8 @@ struct MergeCollector final : EditObserver {
   const Workbook* workbook_ = nullptr;
   std::vector<Cell> headers_;
   const std::vector<LogRow>* rows_ = nullptr;
-  std::vector<ClipRef> clips_;  // every clip with a name element, document order
+  std::vector<ClipRef> clips_;     // every clip with a name element, document order
+  std::vector<ClipRef> subclips_;  // those of them whose clip items hold <subclipinfo>
   std::map<std::string, std::vector<ClipRef>> clips_by_name_;
   std::vector<Finding> row_findings_;  // sorted into sheet order when the merge ends
   // The row being applied and the name its clip was matched by.

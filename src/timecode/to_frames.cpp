@@ -1,5 +1,7 @@
 #include "timecode/to_frames.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -101,7 +103,9 @@ std::int64_t clamp_to_int64(Wide value) {
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-bool is_separator(char c) { return c == ':' || c == ';' || c == '.'; }
+bool all_digits(std::string_view text) {
+  return !text.empty() && std::ranges::all_of(text, is_digit);
+}
 
 std::string_view trimmed(std::string_view text) {
   const auto blank = [](char c) { return c == ' ' || c == '\t'; };
@@ -109,6 +113,8 @@ std::string_view trimmed(std::string_view text) {
   while (!text.empty() && blank(text.back())) text.remove_suffix(1);
   return text;
 }
+
+int field_value(const std::string& field) { return std::stoi(field); }
 
 }  // namespace
 
@@ -123,18 +129,54 @@ std::int64_t to_frames(std::string_view timecode, double rate, std::string_view 
   return clamp_to_int64(total);
 }
 
-bool is_timecode(std::string_view text) {
-  text = trimmed(text);
-  if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
-  int fields = 0;
-  while (true) {
-    const auto digits = std::find_if_not(text.begin(), text.end(), is_digit) - text.begin();
-    if (digits == 0 || ++fields > 4) return false;
-    text.remove_prefix(static_cast<std::size_t>(digits));
-    if (text.empty()) return true;
-    if (!is_separator(text.front())) return false;
-    text.remove_prefix(1);
+bool is_timecode(std::string_view text, std::int64_t frame_base) {
+  const std::string_view core = trimmed(text);
+  if (all_digits(core)) return true;
+  std::vector<std::string> fields = timecode_fields(core);
+  if (!std::ranges::all_of(fields, [](const std::string& field) { return all_digits(field); })) {
+    return false;
   }
+  if (fields.size() == 2) {
+    // A number cell: HHMMSSFF with ".0" after it.
+    if (fields[1] != "0" || fields[0].size() > 8) return false;
+    const std::string digits = std::string(8 - fields[0].size(), '0') + fields[0];
+    fields = {digits.substr(0, 2), digits.substr(2, 2), digits.substr(4, 2), digits.substr(6, 2)};
+  }
+  if (fields.size() == 3) fields.insert(fields.begin(), "0");
+  if (fields.size() != 4 || fields[0].size() > 2 || fields[1].size() > 2 || fields[2].size() > 2 ||
+      fields[3].size() > 3) {
+    return false;
+  }
+  return field_value(fields[1]) < 60 && field_value(fields[2]) < 60 &&
+         field_value(fields[3]) < std::max<std::int64_t>(frame_base, 1);
+}
+
+std::vector<std::string> timecode_fields(std::string_view text) {
+  std::string colons = with_colons(text);
+  colons.pop_back();
+  return split_fields(colons);
+}
+
+bool has_no_digits(std::string_view text) { return std::ranges::none_of(text, is_digit); }
+
+std::string format_timecode(std::int64_t frames, std::int64_t frame_base, bool drop_frame) {
+  const std::string sign = frames < 0 ? "-" : "";
+  Wide count = frames < 0 ? -Wide{frames} : Wide{frames};
+  const Wide base = std::max<std::int64_t>(frame_base, 1);
+  const Wide dropped = drop_frame ? base / 15 : 0;
+  if (dropped > 0) {
+    // Put back the frame numbers drop-frame counting skips: dropped ones at the start of every
+    // minute but each tenth.
+    const Wide per_ten_minutes = 600 * base - 9 * dropped;
+    const Wide per_minute = 60 * base - dropped;
+    const Wide tens = count / per_ten_minutes;
+    const Wide rest = count % per_ten_minutes;
+    count += 9 * dropped * tens + (rest > dropped ? dropped * ((rest - dropped) / per_minute) : 0);
+  }
+  const auto field = [](Wide value) { return static_cast<std::int64_t>(value); };
+  return fmt::format("{}{:02}:{:02}:{:02}{}{:02}", sign, field(count / (3600 * base)),
+                     field(count / (60 * base) % 60), field(count / base % 60),
+                     dropped > 0 ? ';' : ':', field(count % base));
 }
 
 }  // namespace pellago

@@ -123,6 +123,60 @@ TEST_F(CheckTest, ChangesAreExactlyWhatTheMergeWrites) {
   for (const char* sheet : {"check_mistakes.xlsx", "check_clean.xlsx", "check_short.xlsx"}) {
     expect_changes_are_the_merge(data_path(sheet), project);
   }
+  expect_changes_are_the_merge(data_path("check_second_look.xlsx"),
+                               data_path("merge_example_logged.xml"));
+}
+
+// The day logged again, into the merge's own output, as loggers type: every finding names its
+// row, column and clip and says what to write instead.
+TEST_F(CheckTest, SecondLookFindingsSayWhereAndWhatToWrite) {
+  std::string logged = read_data("merge_example_logged.xml");
+  logged = replace_after(logged, "<clip id=\"B001_C001_0611CD\">",
+                         "<displayformat>DF</displayformat>", "<displayformat>df</displayformat>");
+  write_file(path("logged.xml"), logged);
+  const auto found = [](const CheckReport& report) {
+    std::vector<std::tuple<std::string_view, int, std::string, std::string>> found;
+    for (const Finding& finding : report.findings) {
+      if (finding.kind != FindingKind::merge_fails) {
+        EXPECT_FALSE(finding.suggestion.empty()) << finding.message;
+      }
+      found.emplace_back(kind_name(finding.kind), finding.row.value_or(0),
+                         finding.column ? finding.column->letter : "",
+                         finding.clip ? finding.clip->name : "");
+    }
+    return found;
+  };
+  const std::string sheet = data_path("check_second_look.xlsx");
+  const CheckReport report = check(sheet, path("logged.xml"));
+  EXPECT_THAT(
+      found(report),
+      testing::ElementsAre(std::make_tuple("number_in_text_column", 2, "E", "A001_C001_0611AB"),
+                           std::make_tuple("marker_already_present", 2, "F", "A001_C001_0611AB"),
+                           std::make_tuple("earlier_subclip", 3, "A", "Boat arrives"),
+                           std::make_tuple("earlier_subclip", 4, "A", "Rope throw"),
+                           std::make_tuple("in_out_on_single_row", 5, "C", "B001_C001_0611CD"),
+                           std::make_tuple("word_case", 5, "F", "B001_C001_0611CD"),
+                           std::make_tuple("timecode_without_digits", 5, "F", "B001_C001_0611CD"),
+                           std::make_tuple("three_field_timecode", 6, "F", "B001_C002_0611CD"),
+                           std::make_tuple("time_of_day_cell", 7, "F", "C001_C001_0611EF"),
+                           std::make_tuple("outside_media", 7, "H", "C001_C001_0611EF")));
+  EXPECT_EQ(report.findings[6].message,
+            "the marker timecode \"TBD\" holds no digits: the merge reads it as 00:00:00:00, frame "
+            "-107892 of the clip");
+  EXPECT_EQ(report.findings[8].suggestion,
+            "format the Marker Timecode column as text, then type the timecode with its frames: "
+            "14:30:20:00");
+  EXPECT_EQ(report.findings[9].suggestion,
+            "write a timecode from 14:30:00:00 (the clip's start) to 14:30:59:23 (its end)");
+
+  // A rate word in lower case leaves the clip without a frame rate: the merge would fail on it.
+  logged = replace_after(logged, "<clip id=\"B001_C002_0611CD\">", "<ntsc>TRUE</ntsc>",
+                         "<ntsc>true</ntsc>");
+  write_file(path("logged.xml"), logged);
+  const CheckReport failing = check(sheet, path("logged.xml"));
+  ASSERT_TRUE(failing.error);
+  EXPECT_THAT(found(failing),
+              testing::Contains(std::make_tuple("word_case", 6, "F", "B001_C002_0611CD")));
 }
 
 // Names typed as macOS and spreadsheets hand them over: decomposed accents, a number cell, letter
@@ -161,7 +215,7 @@ TEST_F(CheckTest, NearMissNamesSayWhatSetsThemApart) {
           std::make_tuple("unmatched_name", 3,
                           "no clip is named \"101.0\"; the clip \"101\" would match if a number "
                           "read as \"101.0\" were set aside",
-                          "write \"101\""),
+                          "format the Name column as text and type 101 again"),
           std::make_tuple("unmatched_name", 4,
                           "no clip is named \" PLAGE D'\u00c9T\u00c9\"; the clip \"Plage "
                           "d'\u00e9t\u00e9\" would match if blanks at either end and letter case "

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace pellago {
@@ -118,14 +119,29 @@ TEST(ToFrames, RatesRoundHalfAwayFromZeroAndHugeValuesClamp) {
   });
 }
 
-TEST(ToFrames, TimecodeFormsAreToldFromTextsThatOnlyConvert) {
-  for (const char* text : {"01:00:00:00", "01;00;00;00", " 01.00.00.12 ", "02:03:04", "1000012.0",
-                           "12.5", "250", "-100.5"}) {
-    EXPECT_TRUE(is_timecode(text)) << '"' << text << '"';
+TEST(ToFrames, TimecodesAreToldFromTextsThatOnlyConvertAndFormattedBack) {
+  for (const char* text :
+       {"01:00:00:00", "01;00;00;24", " 01.00.00.12 ", "02:03:04", "1000012.0", "250"}) {
+    EXPECT_TRUE(is_timecode(text, 25)) << '"' << text << '"';
   }
-  for (const char* text : {"", " ", "TBD", "10h", "1:2:3:4:5", "01:00:00:", ":01:00", "01::00",
-                           "01:00 00", "--1", "1_000"}) {
-    EXPECT_FALSE(is_timecode(text)) << '"' << text << '"';
+  for (const char* text : {"", " ", "TBD", "10h", "1:2:3:4:5", "01:00:00:", "01::00", "12.5",
+                           "01:00:00:25", "00:60:00:00", "1:00:00:00:00"}) {
+    EXPECT_FALSE(is_timecode(text, 25)) << '"' << text << '"';
+  }
+  EXPECT_TRUE(has_no_digits("TBD"));
+  EXPECT_FALSE(has_no_digits("take 2"));
+
+  // Formatting is the inverse of the conversion, drop frames included.
+  for (const auto& [frames, base, drop, text] : {std::tuple{900125, 25, false, "10:00:05:00"},
+                                                 {107892, 30, true, "01:00:00;00"},
+                                                 {1800, 30, true, "00:01:00;02"},
+                                                 {17982, 30, true, "00:10:00;00"},
+                                                 {215784, 60, true, "01:00:00;00"},
+                                                 {-250, 25, false, "-00:00:10:00"}}) {
+    EXPECT_EQ(format_timecode(frames, base, drop), text);
+    if (frames >= 0) {
+      EXPECT_EQ(to_frames(text, base, drop ? "DF" : "NDF"), frames) << text;
+    }
   }
 }
 
