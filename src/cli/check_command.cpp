@@ -24,11 +24,15 @@ clip, what looks wrong and what to write instead. Findings: a Name that matches
 no clip (with the clip it would match if blanks, letter case, Unicode
 normalisation or a number's ".0" were set aside, or the closest names); a header
 the merge does not read that is close to one it does, and marker-like headers it
-ignores; a Good cell that looks like yes but reads FALSE; a marker colour outside
-the table; In, Out, marker and aux texts that are not timecodes, markers and
-In/Out outside the clip's media, Out before In; clips further down the document
-than the sheet has rows; names several clips share; rows that repeat a name
-(they become subclips, a note).
+ignores; a Good cell that looks like yes but reads FALSE; a marker colour
+outside the table; In, Out, marker and aux texts that are not timecodes, markers
+and In/Out outside the clip's media, Out before In; clips further down the
+document than the sheet has rows; names several clips share; rows that repeat a
+name (they become subclips, a note); markers a clip already has and rows naming
+a clip or subclip of an earlier merge (a sheet merged again into its output);
+three-field timecodes meant as hours, times of day, timecodes without digits;
+number cells in text columns (12 written as 12.0); In and Out on a clip's only
+row; a lower-case display format or NTSC word in the clip.
 
 --changes also lists every change the merge would make to the document: element
 texts (old and new), elements added and removed, subclip copies made.

@@ -133,7 +133,7 @@ class ProgressTest(unittest.TestCase):
 
 class HelpTest(unittest.TestCase):
     def test_help_wraps_at_80_columns_and_merge_ends_with_two_examples(self):
-        for command in ([], ["merge"], ["inspect"], ["frames"]):
+        for command in ([], ["merge"], ["check"], ["inspect"], ["frames"]):
             status, shown = run(command + ["--help"], term="dumb")
             self.assertEqual(status, 0, shown)
             for line in shown.splitlines():
