@@ -113,6 +113,7 @@ void ProgressBar::attach_to(Host& host) {
 
 void ProgressBar::clear() {
   const std::scoped_lock lock(mutex_);
+  waiting_phase_.reset();  // the slow-phase line stays away too
   clear_locked();
 }
 

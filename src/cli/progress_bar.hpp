@@ -26,7 +26,8 @@ class ProgressBar {
   // Points the host's phase and progress callbacks at this bar.
   void attach_to(Host& host);
 
-  // Erases the line; the next phase or progress call draws it again.
+  // Erases the line and forgets the phase being waited for; the next phase or progress call
+  // draws it again.
   void clear();
 
  private:
