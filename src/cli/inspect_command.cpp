@@ -11,6 +11,7 @@
 
 #include "cli/commands.hpp"
 #include "error.hpp"
+#include "merge/cell_text.hpp"
 #include "merge/log_sheet.hpp"
 #include "workbook/workbook.hpp"
 
@@ -22,9 +23,16 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kFirstDataRow = 2;
 
+// A header as JSON: text a string, a number a number, a truth value true or false, empty null; a
+// date or time, which JSON has no type for, an object that names its kind:
+// {"date": "2011-05-06"}, {"date and time": ...}, {"time": "12:30:15"}.
 Json header_json(const Cell& header) {
   if (const auto* text = std::get_if<std::string>(&header)) return *text;
   if (const auto* number = std::get_if<double>(&header)) return *number;
+  if (const auto* truth = std::get_if<bool>(&header)) return *truth;
+  if (std::holds_alternative<DateTime>(header)) {
+    return Json{{std::string(cell_kind_name(header)), cell_text(header)}};
+  }
   return nullptr;
 }
 

@@ -75,16 +75,25 @@ constexpr std::int64_t kSerialZero1900 = -25569;  // 1899-12-30, so that serial 
 constexpr std::int64_t kSerialZero1904 = -24107;  // 1904-01-01
 constexpr double kLastSerial = 2958466.0;         // 10000-01-01 in the 1900 system
 
-std::string date_text(std::int64_t serial_day, bool date1904) {
-  if (!date1904 && serial_day == 60) return "1900-02-29";  // the day the 1900 system invents
+void set_date(DateTime& value, std::int64_t serial_day, bool date1904) {
+  if (!date1904 && serial_day == 60) {  // the day the 1900 system invents
+    value.year = 1900;
+    value.month = 2;
+    value.day = 29;
+    return;
+  }
   std::int64_t days = (date1904 ? kSerialZero1904 : kSerialZero1900) + serial_day;
   if (!date1904 && serial_day < 60) ++days;
   const CivilDate date = civil_from_days(days);
-  return fmt::format("{:04}-{:02}-{:02}", date.year, date.month, date.day);
+  value.year = static_cast<int>(date.year);
+  value.month = static_cast<int>(date.month);
+  value.day = static_cast<int>(date.day);
 }
 
-std::string time_text(std::int64_t seconds) {
-  return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+void set_time(DateTime& value, std::int64_t seconds) {
+  value.hour = static_cast<int>(seconds / 3600);
+  value.minute = static_cast<int>(seconds / 60 % 60);
+  value.second = static_cast<int>(seconds % 60);
 }
 
 }  // namespace
@@ -120,14 +129,36 @@ DateKind custom_date_kind(std::string_view format_code) {
   return DateKind::none;
 }
 
-std::optional<std::string> serial_date_text(double serial, DateKind kind, bool date1904) {
+DateKind format_date_kind(int format_id, const std::map<int, std::string>& custom_codes) {
+  const auto custom = custom_codes.find(format_id);
+  return custom != custom_codes.end() ? custom_date_kind(custom->second)
+                                      : builtin_date_kind(format_id);
+}
+
+std::optional<DateTime> serial_date_time(double serial, DateKind kind, bool date1904) {
   if (kind == DateKind::none || !(serial >= 0.0) || serial >= kLastSerial) return std::nullopt;
   const auto total_seconds = static_cast<std::int64_t>(std::llround(serial * 86400.0));
   const std::int64_t day = total_seconds / 86400;
-  const std::int64_t seconds = total_seconds % 86400;
-  if (kind == DateKind::date) return date_text(day, date1904);
-  if (kind == DateKind::time && day == 0) return time_text(seconds);
-  return date_text(day, date1904) + "T" + time_text(seconds);
+  DateTime value;
+  value.kind = kind == DateKind::time && day > 0 ? DateKind::date_time : kind;
+  if (value.kind != DateKind::time) set_date(value, day, date1904);
+  if (value.kind != DateKind::date) set_time(value, total_seconds % 86400);
+  return value;
+}
+
+std::string date_time_text(const DateTime& value) {
+  const std::string date = fmt::format("{:04}-{:02}-{:02}", value.year, value.month, value.day);
+  const std::string time = fmt::format("{:02}:{:02}:{:02}", value.hour, value.minute, value.second);
+  switch (value.kind) {
+    case DateKind::date:
+      return date;
+    case DateKind::time:
+      return time;
+    case DateKind::date_time:
+    case DateKind::none:
+      break;
+  }
+  return date + "T" + time + "+00:00";
 }
 
 }  // namespace pellago

@@ -175,7 +175,8 @@ class WorksheetHandler final : public PartHandler {
         unescape_characters(value_);
         return store_text(value_);
       case CellType::boolean:
-        return store_text(trimmed(value_) == "1" ? "TRUE" : "FALSE");
+        sheet.set_cell(row_, column_, trimmed(value_) == "1");
+        return;
       case CellType::error_value:
       case CellType::iso_date:
         return store_text(value_);
@@ -192,8 +193,11 @@ class WorksheetHandler final : public PartHandler {
     const DateKind kind = style_ >= 0 && static_cast<std::size_t>(style_) < kinds.size()
                               ? kinds[style_]
                               : DateKind::none;
-    if (auto date = serial_date_text(*number, kind, context_.date1904)) return store_text(*date);
-    sheet.set_cell(row_, column_, *number);
+    if (auto date = serial_date_time(*number, kind, context_.date1904)) {
+      sheet.set_cell(row_, column_, *date);
+    } else {
+      sheet.set_cell(row_, column_, *number);
+    }
   }
 
   const std::string& shared_string() const {

@@ -10,11 +10,15 @@
 namespace pellago {
 namespace {
 
+using test_support::boolean;
+using test_support::date;
+using test_support::date_time;
 using test_support::empty;
 using test_support::fixture;
 using test_support::number;
 using test_support::row;
 using test_support::text;
+using test_support::time_of_day;
 
 TEST(XlsxFixtures, HandWrittenPackageReadsEveryKindOfCell) {
   // The first sheet of workbook.xml is part sheet3.xml (absolute target); rows and cells without
@@ -27,8 +31,8 @@ TEST(XlsxFixtures, HandWrittenPackageReadsEveryKindOfCell) {
                                               text("Kanji"), empty, empty, empty, empty}));
   EXPECT_EQ(
       row(sheet, 2),
-      (std::vector<Cell>{text("2024-02-29"), text("12:00:00"), text("2024-02-29T18:00:00"),
-                         number(2.5), text("TRUE"), text("FALSE"), text("#N/A"), text("Name!")}));
+      (std::vector<Cell>{date(2024, 2, 29), time_of_day(12, 0, 0), date_time(2024, 2, 29, 18, 0, 0),
+                         number(2.5), boolean(true), boolean(false), text("#N/A"), text("Name!")}));
   EXPECT_EQ(row(sheet, 3), (std::vector<Cell>(8, empty)));
   EXPECT_EQ(row(sheet, 4),
             (std::vector<Cell>{empty, empty, text("  two  spaces "), number(-7),

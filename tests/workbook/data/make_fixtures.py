@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Writes the committed workbook fixtures of tests/workbook/data.
 
-The .xls files come from xlwt (Debian's python3-xlwt); the .xlsx files are written with zipfile
+The .xls files come from xlwt (Debian's python3-xlwt); typed_*.xlsx come from XlsxWriter (Debian's
+python3-xlsxwriter), holding the same cells as typed_*.xls; the other .xlsx files are written with zipfile
 from the XML below, to hold what a spreadsheet writer library does not produce on request (cells
 and rows without references, inline strings, phonetic runs, the 1904 date system, relocated
 parts) and the damaged and hostile packages. Run it with Debian's /usr/bin/python3, from anywhere;
@@ -12,6 +13,7 @@ import datetime
 import os
 import zipfile
 
+import xlsxwriter
 import xlwt
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -233,11 +235,67 @@ def write_xls_fixtures():
     password = whole.index(b"\x13\x00\x02\x00\x00\x00")
     with open(os.path.join(HERE, "encrypted.xls"), "wb") as handle:
         handle.write(whole[:password] + b"\x2f\x00" + whole[password + 2:])
-    # The second sheet's FOOTER record (0x0015) claiming 122 bytes where it holds 5: FreeXL reads
-    # out of bounds on it and crashes (found by fuzzing).
-    footer = whole.index(b"\x15\x00\x05\x00", 0xA00)
+    # The first sheet's FOOTER record (0x0015) claiming 65,535 bytes where it holds 5, more than
+    # the rest of the workbook stream.
+    footer = whole.index(b"\x15\x00\x05\x00", 0x600)
     with open(os.path.join(HERE, "bad_record_length.xls"), "wb") as handle:
-        handle.write(whole[:footer + 2] + b"\x7a\x00" + whole[footer + 4:])
+        handle.write(whole[:footer + 2] + b"\xff\xff" + whole[footer + 4:])
+    # One byte of the compound file's directory changed: the workbook stream's entry is damaged.
+    with open(os.path.join(HERE, "..", "..", "cli", "data", "inspect_gap_in_headers.xls"),
+              "rb") as handle:
+        gap = bytearray(handle.read())
+    gap[5185] = 0xDE
+    with open(os.path.join(HERE, "damaged_directory.xls"), "wb") as handle:
+        handle.write(gap)
+
+
+# The same logical sheets, written as .xls and as .xlsx: every kind of cell, and a header row of
+# cells that are not text. The long text fills a cell to its limit of 32,767 characters, in UTF-16
+# (so that it spans several records of an .xls).
+TYPED_HEADERS = ["Name", "Yes", "No", "Day", "Leap", "Last", "Stamp", "Clock", "Long", "Count"]
+LONG_TEXT = ("Take 東京 " * 4096)[:32767]
+TYPED_ROW = ["C001", True, False, datetime.date(2011, 5, 6), datetime.date(2100, 3, 1),
+             datetime.date(9999, 12, 31), datetime.datetime(2024, 3, 1, 12, 30, 15),
+             datetime.time(12, 30, 15), LONG_TEXT, 12]
+NOT_TEXT_HEADERS = ["Name", True, datetime.date(2011, 5, 6), datetime.datetime(2024, 3, 1, 12, 30, 15),
+                    datetime.time(12, 30, 15), 12]
+
+XLS_FORMATS = {datetime.date: "YYYY-MM-DD", datetime.datetime: "YYYY-MM-DD hh:mm:ss",
+               datetime.time: "hh:mm:ss"}
+
+
+def write_typed_xls(name, rows):
+    book = xlwt.Workbook(encoding="utf-8")
+    sheet = book.add_sheet("Log")
+    for r, row in enumerate(rows):
+        for c, value in enumerate(row):
+            kind = type(value)
+            if kind in XLS_FORMATS:
+                sheet.write(r, c, value, xlwt.easyxf(num_format_str=XLS_FORMATS[kind]))
+            else:
+                sheet.write(r, c, value)
+    book.save(os.path.join(HERE, name))
+
+
+def write_typed_xlsx(name, rows):
+    book = xlsxwriter.Workbook(os.path.join(HERE, name))
+    book.set_properties({"created": datetime.datetime(2024, 1, 1)})
+    formats = {kind: book.add_format({"num_format": code}) for kind, code in XLS_FORMATS.items()}
+    sheet = book.add_worksheet("Log")
+    for r, row in enumerate(rows):
+        for c, value in enumerate(row):
+            kind = type(value)
+            if kind in formats:
+                sheet.write_datetime(r, c, value, formats[kind])
+            else:
+                sheet.write(r, c, value)
+    book.close()
+
+
+def write_typed_fixtures():
+    for extension, write in [("xls", write_typed_xls), ("xlsx", write_typed_xlsx)]:
+        write(f"typed_cells.{extension}", [TYPED_HEADERS, TYPED_ROW])
+        write(f"typed_headers.{extension}", [NOT_TEXT_HEADERS])
 
 
 def write_renamed_fixtures():
@@ -251,4 +309,5 @@ def write_renamed_fixtures():
 if __name__ == "__main__":
     write_xlsx_fixtures()
     write_xls_fixtures()
+    write_typed_fixtures()
     write_renamed_fixtures()
