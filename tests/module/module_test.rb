@@ -8,6 +8,7 @@
 # program, for comparing merges), PELLAGO_SOURCE_DIR (the repository).
 
 require "minitest/autorun"
+require "date"
 require "fileutils"
 require "open3"
 require "rbconfig"
@@ -250,6 +251,11 @@ class ModuleMergeTest < Minitest::Test
 
     run = merge_in_child(data("headers_only.xls"), data("project.xml"))
     assert_equal ["Name", nil, 2.5], run[:headers], "strings, floats and nils as read"
+
+    run = merge_in_child(File.join(SOURCE_DIR, "tests/workbook/data/typed_headers.xls"),
+                         data("project.xml"))
+    assert_equal ["Name", true, Date.new(2011, 5, 6), DateTime.new(2024, 3, 1, 12, 30, 15),
+                  45_015, 12.0], run[:headers], "truth values, dates and seconds of a time of day"
   end
 
   def test_progress_objects_are_read_afresh_at_every_call
