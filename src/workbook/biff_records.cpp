@@ -99,10 +99,8 @@ Record RecordStream::next() {
   return record;
 }
 
-std::size_t RecordReader::remaining() const {
-  std::size_t bytes = 0;
-  for (std::size_t i = piece_; i < pieces_.size(); ++i) bytes += pieces_[i].size();
-  return bytes - offset_;
+RecordReader::RecordReader(const Record& record) : pieces_(record.pieces) {
+  for (const auto piece : pieces_) remaining_ += piece.size();
 }
 
 void RecordReader::read(std::uint8_t* out, std::size_t bytes) {
@@ -121,6 +119,7 @@ void RecordReader::read(std::uint8_t* out, std::size_t bytes) {
       out += taken;
     }
     offset_ += taken;
+    remaining_ -= taken;
     bytes -= taken;
   }
 }
@@ -178,6 +177,7 @@ std::string RecordReader::characters(std::size_t count, std::uint8_t flags) {
       units += static_cast<char16_t>(wide ? little_u16(at) : *at);
     }
     offset_ += here * (wide ? 2 : 1);
+    remaining_ -= here * (wide ? 2 : 1);
     count -= here;
   }
   return utf8_of(units);

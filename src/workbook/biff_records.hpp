@@ -36,7 +36,7 @@ class RecordStream {
 // Reads the fields of one record, across its pieces.
 class RecordReader {
  public:
-  explicit RecordReader(const Record& record) : pieces_(record.pieces) {}
+  explicit RecordReader(const Record& record);
 
   std::uint8_t u8();
   std::uint16_t u16();
@@ -44,8 +44,8 @@ class RecordReader {
   double f64();
   void skip(std::size_t bytes);
   // The bytes left, over every piece.
-  std::size_t remaining() const;
-  bool at_end() const { return remaining() == 0; }
+  std::size_t remaining() const { return remaining_; }
+  bool at_end() const { return remaining_ == 0; }
 
   // An XLUnicodeString: a character count of 2 bytes (1 when short_count), flags, characters.
   std::string unicode_string(bool short_count = false);
@@ -62,6 +62,7 @@ class RecordReader {
   const std::vector<std::span<const std::uint8_t>>& pieces_;
   std::size_t piece_ = 0;
   std::size_t offset_ = 0;
+  std::size_t remaining_ = 0;
 };
 
 }  // namespace pellago

@@ -37,6 +37,13 @@ TEST(XlsReader, CellsKeepTheirKindsAndBlanksAreNotInUse) {
                                               empty, empty, empty}));
 }
 
+TEST(XlsReader, FormulasGiveTheirCachedResults) {
+  const Workbook sheet = open_workbook(fixture("formulas.xls"), SheetKind::xls);
+
+  EXPECT_EQ(row(sheet, 2), (std::vector<Cell>{date(2011, 5, 6), boolean(true), text("#DIV/0!"),
+                                              text(""), text("Cached text"), empty}));
+}
+
 TEST(XlsReader, BothFormatsReadTheSameSheetAlike) {
   // 32,767 characters, the most a cell holds: 4,095 times the 8 of "Take 東京 ", then 7 more.
   std::string long_text;

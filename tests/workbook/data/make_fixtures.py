@@ -11,6 +11,8 @@ it rewrites every fixture.
 
 import datetime
 import os
+import re
+import struct
 import zipfile
 
 import xlsxwriter
@@ -298,6 +300,39 @@ def write_typed_fixtures():
         write(f"typed_headers.{extension}", [NOT_TEXT_HEADERS])
 
 
+def write_formula_fixture():
+    """Formula cells with each kind of cached result. xlwt caches every formula's result as empty
+    text, so the results are patched in: a number under a date format, true, an error, empty text,
+    and text, for which the NUMBER record after the formula becomes the STRING record that holds
+    it (same length, so the compound file stays as it was)."""
+    book = xlwt.Workbook(encoding="utf-8")
+    sheet = book.add_sheet("Log")
+    for column in range(6):
+        sheet.write(0, column, f"Formula {column + 1}")
+    sheet.write(1, 0, xlwt.Formula("40000+669"), xlwt.easyxf(num_format_str="YYYY-MM-DD"))
+    for column in range(1, 5):
+        sheet.write(1, column, xlwt.Formula("1+1"))
+    sheet.write(1, 5, 0.1234567891)
+    path = os.path.join(HERE, "formulas.xls")
+    book.save(path)
+
+    with open(path, "rb") as handle:
+        data = bytearray(handle.read())
+    results = [struct.pack("<d", 40669.0), bytes.fromhex("010001000000ffff"),
+               bytes.fromhex("020007000000ffff"), bytes.fromhex("030000000000ffff"),
+               bytes.fromhex("000000000000ffff")]
+    for column, result in enumerate(results):
+        # FORMULA, its length (any), row 1, the column.
+        found = [m.start() for m in re.finditer(rb"\x06\x00..\x01\x00" + bytes([column, 0]), data,
+                                                re.S)]
+        assert len(found) == 1
+        data[found[0] + 10:found[0] + 18] = result
+    number = data.index(b"\x03\x02\x0e\x00\x01\x00\x05\x00")
+    data[number:number + 18] = b"\x07\x02\x0e\x00\x0b\x00\x00Cached text"
+    with open(path, "wb") as handle:
+        handle.write(data)
+
+
 def write_renamed_fixtures():
     for source, target in [("cells.xls", "xls_renamed.xlsx"), ("handmade.xlsx", "xlsx_renamed.xls")]:
         with open(os.path.join(HERE, source), "rb") as handle:
@@ -310,4 +345,5 @@ if __name__ == "__main__":
     write_xlsx_fixtures()
     write_xls_fixtures()
     write_typed_fixtures()
+    write_formula_fixture()
     write_renamed_fixtures()
