@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdint>
@@ -144,6 +145,56 @@ std::optional<DateTime> serial_date_time(double serial, DateKind kind, bool date
   if (value.kind != DateKind::time) set_date(value, day, date1904);
   if (value.kind != DateKind::date) set_time(value, total_seconds % 86400);
   return value;
+}
+
+namespace {
+
+// Digits at text[at, at + count) as a number, or -1.
+int digits_at(std::string_view text, std::size_t at, std::size_t count) {
+  if (text.size() < at + count) return -1;
+  int value = 0;
+  for (std::size_t i = at; i < at + count; ++i) {
+    if (text[i] < '0' || text[i] > '9') return -1;
+    value = value * 10 + (text[i] - '0');
+  }
+  return value;
+}
+
+bool parse_time(std::string_view text, DateTime& value) {
+  value.hour = digits_at(text, 0, 2);
+  value.minute = digits_at(text, 3, 2);
+  value.second = digits_at(text, 6, 2);
+  const std::string_view rest = text.substr(std::min<std::size_t>(8, text.size()));
+  const bool fraction = !rest.empty() && rest[0] == '.' &&
+                        rest.find_first_not_of("0123456789", 1) == std::string_view::npos;
+  return text.size() >= 8 && text[2] == ':' && text[5] == ':' && value.hour >= 0 &&
+         value.hour < 24 && value.minute >= 0 && value.minute < 60 && value.second >= 0 &&
+         value.second < 60 && (rest.empty() || rest == "Z" || fraction);
+}
+
+bool parse_date(std::string_view text, DateTime& value) {
+  value.year = digits_at(text, 0, 4);
+  value.month = digits_at(text, 5, 2);
+  value.day = digits_at(text, 8, 2);
+  return text.size() == 10 && text[4] == '-' && text[7] == '-' && value.year >= 0 &&
+         value.month >= 1 && value.month <= 12 && value.day >= 1 && value.day <= 31;
+}
+
+}  // namespace
+
+std::optional<DateTime> parse_iso_date_time(std::string_view text) {
+  DateTime value;
+  if (text.size() > 10 && text[10] == 'T') {
+    value.kind = DateKind::date_time;
+    if (!parse_date(text.substr(0, 10), value) || !parse_time(text.substr(11), value)) {
+      return std::nullopt;
+    }
+    return value;
+  }
+  value.kind = text.size() == 10 ? DateKind::date : DateKind::time;
+  const bool parsed =
+      value.kind == DateKind::date ? parse_date(text, value) : parse_time(text, value);
+  return parsed ? std::optional(value) : std::nullopt;
 }
 
 std::string date_time_text(const DateTime& value) {

@@ -26,4 +26,9 @@ DateKind format_date_kind(int format_id, const std::map<int, std::string>& custo
 // serials and serials past 9999-12-31.
 std::optional<DateTime> serial_date_time(double serial, DateKind kind, bool date1904);
 
+// An ISO 8601 date, date and time, or time of day as an .xlsx date cell holds it: "2024-03-01",
+// "2024-03-01T12:30:15" (a fraction of a second and a "Z" are ignored), "12:30:15". None for any
+// other text.
+std::optional<DateTime> parse_iso_date_time(std::string_view text);
+
 }  // namespace pellago

@@ -178,7 +178,12 @@ class WorksheetHandler final : public PartHandler {
         sheet.set_cell(row_, column_, trimmed(value_) == "1");
         return;
       case CellType::error_value:
+        return store_text(value_);
       case CellType::iso_date:
+        if (const auto date = parse_iso_date_time(trimmed(value_))) {
+          sheet.set_cell(row_, column_, *date);
+          return;
+        }
         return store_text(value_);
     }
   }

@@ -79,7 +79,8 @@ def simple_package(sheet_xml, shared_strings=None):
 
 # The first sheet of workbook.xml is part sheet3.xml, named by an absolute target; the 1904 date
 # system; rows and cells without references; inline and rich-text strings with phonetic runs;
-# booleans, errors, formula strings; a style-only cell and a style-only row.
+# booleans, errors, formula strings, ISO dates (one of them no date); a style-only cell and a
+# style-only row.
 HANDMADE_SHARED = f"""<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
 <sst xmlns="{MAIN_NS}" count="5" uniqueCount="5">
 <si><t>Name</t></si>
@@ -116,7 +117,8 @@ HANDMADE_SHEET = worksheet(
     '<c t="str"><f>A1&amp;"!"</f><v>Name!</v></c>'
     "</row>"
     '<row r="4"><c r="B4" s="1"/><c t="s"><v>2</v></c><c><v>-7</v></c>'
-    '<c t="s"><v>3</v></c><c t="s"><v>4</v></c><c t="inlineStr"><is><t/></is></c></row>'
+    '<c t="s"><v>3</v></c><c t="s"><v>4</v></c><c t="inlineStr"><is><t/></is></c>'
+    '<c t="d"><v>2024-03-01T12:30:15Z</v></c><c t="d"><v>2024-13-01</v></c></row>'
     '<row r="6"><c r="A6" s="1"/><c r="J6" s="2"/></row>')
 
 HANDMADE = {
