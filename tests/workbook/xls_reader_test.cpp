@@ -73,6 +73,7 @@ TEST(XlsReader, UnreadableWorkbooksFailWithOneLineNamingTheFile) {
   const std::vector<std::pair<std::string, std::string>> cases = {
       {"truncated.xls", ": cannot read the .xls workbook: the compound file is damaged"},
       {"damaged_directory.xls", ": cannot read the .xls workbook: the compound file is damaged"},
+      {"huge_sector_table.xls", ": cannot read the .xls workbook: the compound file is damaged"},
       {"encrypted.xls", ": cannot read the .xls workbook: it is password-protected (encrypted)"},
       {"bad_record_length.xls",
        ": cannot read the .xls workbook: the workbook records are damaged: a record of type "

@@ -244,6 +244,12 @@ def write_xls_fixtures():
     footer = whole.index(b"\x15\x00\x05\x00", 0x600)
     with open(os.path.join(HERE, "bad_record_length.xls"), "wb") as handle:
         handle.write(whole[:footer + 2] + b"\xff\xff" + whole[footer + 4:])
+    # A compound file header claiming 16,777,216 sectors of its master sector table: a reader that
+    # sizes its tables from the header alone allocates gigabytes for this 5 KiB file.
+    huge = bytearray(whole)
+    huge[0x44:0x4C] = struct.pack("<II", 0, 1 << 24)
+    with open(os.path.join(HERE, "huge_sector_table.xls"), "wb") as handle:
+        handle.write(huge)
     # One byte of the compound file's directory changed: the workbook stream's entry is damaged.
     with open(os.path.join(HERE, "..", "..", "cli", "data", "inspect_gap_in_headers.xls"),
               "rb") as handle:
