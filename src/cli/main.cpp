@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
   add_merge_command(app, status);
   add_inspect_command(app, status);
   add_frames_command(app, status);
+  add_export_command(app, status);
 
   try {
     app.parse(argc, argv);
