@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -19,17 +20,17 @@ to fill in and merge back with 'pellago merge'. Each distinct clip name gets
 one row holding what the clip holds now: In and Out as timecodes in the clip's
 own rate and display format (empty where unset), Good as yes, the logging
 texts as they stand. Markers and auxiliary timecodes the clips hold already go
-into "(in project)" columns that the merge ignores.Every column is formatted as text
-        .
+into "(in project)" columns that the merge ignores. Every column is formatted
+as text.
 
-    Merging the sheet as written changes nothing but the update behaviours.So a column is left out
-        when some clip lacks the element it
-        writes(the merge would add the element, or fail),
-                     and a clip name is left out when the merge could not log that clip(no rate or
-                                                                                        duration); both are listed.
+Merging the sheet as written changes nothing but the update behaviours. So a
+column is left out when some clip lacks the element it writes (the merge would
+add the element, or fail), and a clip name is left out when the merge could
+not log that clip (no rate or duration); both are listed.
 
 LOG_SHEET must end in .xlsx. An existing LOG_SHEET is replaced only with
---force, through a temporary file and a rename in its folder.
+--force, through a temporary file and a rename in its folder; a LOG_SHEET that
+is not a regular file (a folder, a device, a FIFO) is refused.
 )text";
 
 struct ExportOptions {
@@ -38,7 +39,18 @@ struct ExportOptions {
   bool force = false;
 };
 
+void warn_recovered(const RecoveredErrors& errors, const std::string& xml) {
+  if (errors.count == 0) return;
+  std::fputs(fmt::format("pellago: warning: {} is not well-formed XML: line {}, column {}: {}; "
+                         "clips after that line may be missing from the sheet\n",
+                         xml, errors.line, errors.column, errors.message)
+                 .c_str(),
+             stderr);
+}
+
 int run_export(const ExportOptions& options) {
+  // A file size limit must make write() fail (and the export with it), not kill the process.
+  std::signal(SIGXFSZ, SIG_IGN);
   ExportReport report;
   try {
     report = export_log_sheet(options.xml, options.sheet,
@@ -47,6 +59,7 @@ int run_export(const ExportOptions& options) {
     if (error.system_error != EEXIST) throw;
     throw Error(fmt::format("{}; --force replaces it", error.what()), error.system_error);
   }
+  warn_recovered(report.recovered, options.xml);
   for (const ColumnLeftOut& column : report.columns_left_out) {
     std::fputs(fmt::format("left out column \"{}\": clip {} has no {} element\n", column.header,
                            column.clip, column.element)

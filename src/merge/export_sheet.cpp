@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <sstream>
 #include <string_view>
 #include <unordered_map>
 
@@ -280,12 +279,14 @@ class ScratchFile {
 
   const std::string& path() const { return path_; }
 
-  std::string bytes() const {
+  // Hands the file's bytes to `sink` in chunks.
+  void copy_to(const OutputSink& sink) const {
     std::ifstream file(path_, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    if (!file) throw Error(fmt::format("cannot read the temporary file \"{}\"", path_));
-    return bytes.str();
+    std::array<char, 65536> chunk;
+    while (file.read(chunk.data(), chunk.size()) || file.gcount() > 0) {
+      sink(std::string_view(chunk.data(), static_cast<std::size_t>(file.gcount())));
+    }
+    if (!file.eof()) throw Error(fmt::format("cannot read the temporary file \"{}\"", path_));
   }
 
  private:
@@ -347,8 +348,10 @@ ExportReport export_log_sheet(const std::string& xml_path, const std::string& sh
       fs::exists(fs::symlink_status(sheet_path, status_error))) {
     throw Error(fmt::format("\"{}\" exists already", sheet_path), EEXIST);
   }
+  check_output_target(sheet_path);
   const Document document = Document::parse_file(xml_path);
   ExportReport report;
+  report.recovered = document.recovered_errors();
   const std::vector<NamedClips> names = loggable_names(clips_by_name(document), report);
   report.rows = names.size();
   for (const NamedClips& named : names) report.clips += named.clips.size();
@@ -360,7 +363,7 @@ ExportReport export_log_sheet(const std::string& xml_path, const std::string& sh
   } catch (const Error& error) {
     throw Error(fmt::format("{}: {}", sheet_path, error.what()));
   }
-  write_file_replacing(sheet_path, scratch.bytes());
+  write_file_replacing(sheet_path, [&scratch](const OutputSink& sink) { scratch.copy_to(sink); });
   return report;
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "document/libxml_errors.hpp"
+
 namespace pellago {
 
 // What to do when the log sheet to write exists already.
@@ -27,6 +29,9 @@ struct ExportReport {
   std::size_t clips = 0;  // clip elements that those rows name
   std::vector<ColumnLeftOut> columns_left_out;
   std::vector<NameLeftOut> names_left_out;
+  // What the XML parser repaired. When count is not 0 the document was malformed: the clips
+  // after the first error's line may be missing from the sheet.
+  RecoveredErrors recovered;
 };
 
 // Writes a log sheet (.xlsx) listing the clips of the XML document at xml_path: one row per
