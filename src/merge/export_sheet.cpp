@@ -16,6 +16,7 @@
 
 #include "document/document.hpp"
 #include "error.hpp"
+#include "merge/log_sheet.hpp"
 #include "merge/output_file.hpp"
 #include "merge/required_element.hpp"
 #include "timecode/clip_timing.hpp"
@@ -72,9 +73,13 @@ constexpr std::array<MergeColumn, 24> kMergeColumns{{
 // Columns after the merge's, with headers it ignores: what the clips hold already, for the logger
 // to see. One group per marker, as many as the clip with the most markers needs; an aux column
 // when some clip has that aux timecode.
-constexpr std::array<std::string_view, 3> kMarkerInProject{
-    "Marker Timecode (in project)", "Marker Name (in project)", "Marker Comment (in project)"};
-constexpr std::array<std::string_view, 2> kAuxSources{"aux1", "aux2"};
+constexpr std::array<std::string_view, 3> kMarkerInProject{"Marker Timecode", "Marker Name",
+                                                           "Marker Comment"};
+struct AuxInProject {
+  std::string_view header;
+  std::string_view source;  // the timecode element's <source>
+};
+constexpr std::array<AuxInProject, 2> kAuxInProject{{{"Aux TC 1", "aux1"}, {"Aux TC 2", "aux2"}}};
 constexpr double kInProjectWidth = 16;
 
 struct SheetColumn {
@@ -91,12 +96,15 @@ struct SheetRow {
 struct NamedClips {
   std::string name;
   std::vector<Element> clips;
+  std::size_t last_position = 0;  // of the last of them among all the document's clips
 };
 
 std::vector<NamedClips> clips_by_name(const Document& document) {
   std::vector<NamedClips> names;
   std::unordered_map<std::string, std::size_t> index;
-  for (Element clip : document.all("clip")) {
+  const std::vector<Element> clips = document.all("clip");
+  for (std::size_t position = 0; position < clips.size(); ++position) {
+    const Element clip = clips[position];
     const Element name = clip.first("name");
     if (!name) continue;
     std::string text = name.text();
@@ -105,6 +113,7 @@ std::vector<NamedClips> clips_by_name(const Document& document) {
     const auto [at, added] = index.try_emplace(text, names.size());
     if (added) names.push_back({std::move(text), {}});
     names[at->second].clips.push_back(clip);
+    names[at->second].last_position = position;
   }
   return names;
 }
@@ -217,7 +226,24 @@ std::string aux_in_project(Element clip, const ClipTiming& timing, std::string_v
 struct Sheet {
   std::vector<SheetColumn> columns;
   std::vector<SheetRow> rows;
+  std::size_t blank_rows = 0;  // after the rows
 };
+
+// The merge writes a row only into clips whose position among all the document's clips is below
+// the sheet's row count. Clips sharing a name, or without one, leave the sheet shorter than that:
+// blank rows make up the difference. Blank rows match clips whose name is empty, though; with
+// such a clip there are none.
+std::size_t blank_rows_needed(const Document& document, const std::vector<NamedClips>& names) {
+  for (Element clip : document.all("clip")) {
+    const Element name = clip.first("name");
+    if (name && name.text().empty()) return 0;
+  }
+  std::size_t rows_needed = 0;
+  for (const NamedClips& named : names) {
+    rows_needed = std::max(rows_needed, named.last_position + 1);
+  }
+  return rows_needed > names.size() ? rows_needed - names.size() : 0;
+}
 
 Sheet sheet_of(const std::vector<NamedClips>& names,
                const std::vector<const MergeColumn*>& columns) {
@@ -239,13 +265,13 @@ Sheet sheet_of(const std::vector<NamedClips>& names,
     markers.push_back(markers_in_project(clip, timing));
     marker_groups = std::max(marker_groups, markers.back().size());
     for (std::size_t i = 0; i < 2; ++i) {
-      aux[i].push_back(aux_in_project(clip, timing, kAuxSources[i]));
+      aux[i].push_back(aux_in_project(clip, timing, kAuxInProject[i].source));
       aux_held[i] = aux_held[i] || !aux[i].back().empty();
     }
   }
   for (std::size_t group = 0; group < marker_groups; ++group) {
     for (std::string_view header : kMarkerInProject) {
-      sheet.columns.push_back({std::string(header), kInProjectWidth});
+      sheet.columns.push_back({in_project_header(header), kInProjectWidth});
     }
     for (std::size_t r = 0; r < sheet.rows.size(); ++r) {
       for (std::size_t i = 0; i < 3; ++i) {
@@ -255,7 +281,7 @@ Sheet sheet_of(const std::vector<NamedClips>& names,
   }
   for (std::size_t i = 0; i < 2; ++i) {
     if (!aux_held[i]) continue;
-    sheet.columns.push_back({fmt::format("Aux TC {} (in project)", i + 1), kInProjectWidth});
+    sheet.columns.push_back({in_project_header(kAuxInProject[i].header), kInProjectWidth});
     for (std::size_t r = 0; r < sheet.rows.size(); ++r) sheet.rows[r].cells.push_back(aux[i][r]);
   }
   return sheet;
@@ -326,6 +352,14 @@ void write_workbook(const Sheet& sheet, const std::string& path) {
               fmt::format("write \"{}\" of clip {}", sheet.columns[c].header, row.name));
       }
     }
+    // A row is in use only when a cell of it holds a value: the last blank row gets an empty text,
+    // which only a formula can hold.
+    if (sheet.blank_rows > 0) {
+      check(worksheet_write_formula_str(
+                worksheet, static_cast<lxw_row_t>(sheet.rows.size() + sheet.blank_rows), 0, "=\"\"",
+                text, ""),
+            "write the blank rows");
+    }
   } catch (const Error&) {
     workbook_close(workbook);
     throw;
@@ -355,7 +389,8 @@ ExportReport export_log_sheet(const std::string& xml_path, const std::string& sh
   const std::vector<NamedClips> names = loggable_names(clips_by_name(document), report);
   report.rows = names.size();
   for (const NamedClips& named : names) report.clips += named.clips.size();
-  const Sheet sheet = sheet_of(names, written_columns(names, report));
+  Sheet sheet = sheet_of(names, written_columns(names, report));
+  sheet.blank_rows = blank_rows_needed(document, names);
 
   const ScratchFile scratch;
   try {

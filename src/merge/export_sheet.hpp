@@ -40,9 +40,12 @@ struct ExportReport {
 // holds already go into "(in project)" columns the merge ignores. Merging the sheet back into the
 // document changes nothing but its update behaviours. To keep that so, a column whose cells the
 // merge would write into an element that some clip lacks (it would add the element, or fail) is
-// left out, and so is every clip name the merge could not apply a row to. The sheet is written
-// through a temporary file and a rename; with ExistingSheet::refuse an existing sheet_path is an
-// error. Throws Error on every failure, and leaves sheet_path as it was.
+// left out, and so is every clip name the merge could not apply a row to. Blank rows at the end
+// give the sheet as many rows as the merge needs to reach the last clip named. The sheet is
+// written through a temporary file and a rename; with ExistingSheet::refuse an existing
+// sheet_path is an error, and a sheet_path that is not a regular file always is. A malformed
+// document is exported as far as it could be recovered (ExportReport::recovered). Throws Error on
+// every failure, and leaves sheet_path as it was.
 ExportReport export_log_sheet(const std::string& xml_path, const std::string& sheet_path,
                               ExistingSheet existing = ExistingSheet::refuse);
 

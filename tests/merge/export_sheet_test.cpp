@@ -18,9 +18,11 @@
 //   without (In, Out, Label, Label 2, Description, Angle, Comment 1, Comment 2) are left out when
 //   some clip lacks the element, and clip names the merge cannot log (no rate, no duration) are
 //   left out: the sheet holds less, and the property holds.
-// - The position limit only keeps the merge from writing, so it never breaks the property; it
-//   does keep later notes from clips beyond the sheet's row count (clips sharing a name or without
-//   one make the sheet shorter than the clip list).
+// - The position limit only keeps the merge from writing, so it never breaks the property. Blank
+//   rows at the end keep it from holding back notes a logger adds for clips further down than the
+//   sheet has rows (clips sharing a name make the sheet shorter than the clip list); a document
+//   with a clip whose name is empty gets no blank rows, as they would all match that clip, and
+//   there notes for clips beyond the sheet's row count stay unwritten.
 #include "merge/export_sheet.hpp"
 
 #include <fmt/format.h>
@@ -34,6 +36,8 @@
 
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/check.hpp"
+#include "merge/merge_document.hpp"
 #include "merge_files.hpp"
 
 namespace pellago::merge_test {
@@ -169,7 +173,9 @@ TEST_F(ExportSheetTest, RoundTripHoldsOnGeneratedExports) {
                                    "Marker Name (in project)", "Marker Comment (in project)",
                                    "Marker Timecode (in project)", "Marker Name (in project)",
                                    "Marker Comment (in project)", "Aux TC 1 (in project)"));
-  ASSERT_EQ(rows.size(), 8u);
+  // One blank row: the last clip stands at position 8, below the sheet's 9 rows.
+  ASSERT_EQ(rows.size(), 9u);
+  EXPECT_TRUE(is_blank(rows[8]));
   const auto cells = [&rows](std::size_t row, std::initializer_list<const char*> headers) {
     std::vector<std::string> texts;
     for (const char* header : headers) texts.push_back(*rows[row].field(header));
@@ -186,6 +192,13 @@ TEST_F(ExportSheetTest, RoundTripHoldsOnGeneratedExports) {
               ElementsAre("D001_C001", "01:00:01:00", "01:00:01:49"));
   // Markers the clip holds: the merge reads none of them, the marker group of its own is empty.
   EXPECT_THAT(rows[0].markers, IsEmpty());
+
+  // A check finds nothing to say about the "(in project)" columns, only the name the sheet gives
+  // to two clips.
+  const CheckReport checked = check(path("sheet.xlsx"), path("generated.xml"));
+  EXPECT_EQ(checked.error, std::nullopt);
+  ASSERT_EQ(checked.findings.size(), 1u);
+  EXPECT_EQ(checked.findings[0].kind, FindingKind::shared_clip_name);
 }
 
 TEST_F(ExportSheetTest, RefusesAnExistingSheetAndWritesNothingOnFailure) {
@@ -202,11 +215,27 @@ TEST_F(ExportSheetTest, RefusesAnExistingSheetAndWritesNothingOnFailure) {
                Error);
   EXPECT_THROW(export_log_sheet(example, path("sheet.xls")), Error);
   EXPECT_EQ(read_file(path("sheet.xlsx")), "earlier sheet");
+  // Not a regular file: refused even with replace, before the document is read.
+  std::filesystem::create_directory(path("folder.xlsx"));
+  try {
+    export_log_sheet(path("missing.xml"), path("folder.xlsx"), ExistingSheet::replace);
+    ADD_FAILURE() << "a folder was replaced";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.what(), fmt::format("cannot write \"{}\": it exists and is not a regular file",
+                                        path("folder.xlsx")));
+  }
+  std::filesystem::remove(path("folder.xlsx"));
   EXPECT_THAT(folder_entries(folder_), ElementsAre("sheet.xlsx"));
 
-  export_log_sheet(example, path("sheet.xlsx"), ExistingSheet::replace);
+  // A document cut short is exported as far as it could be recovered, and says where it broke.
+  const std::string project = read_file(example);
+  write_file(path("cut.xml"), project.substr(0, project.find("</clip>") + 7));
+  const ExportReport report =
+      export_log_sheet(path("cut.xml"), path("sheet.xlsx"), ExistingSheet::replace);
   EXPECT_EQ(read_file(path("sheet.xlsx")).substr(0, 2), "PK");
-  EXPECT_THAT(folder_entries(folder_), ElementsAre("sheet.xlsx"));
+  EXPECT_EQ(report.rows, 1u);
+  EXPECT_GT(report.recovered.count, 0u);
+  EXPECT_THAT(folder_entries(folder_), ElementsAre("cut.xml", "sheet.xlsx"));
 }
 
 }  // namespace
