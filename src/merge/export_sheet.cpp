@@ -17,6 +17,7 @@
 #include "document/document.hpp"
 #include "error.hpp"
 #include "merge/log_sheet.hpp"
+#include "merge/logging_fields.hpp"
 #include "merge/output_file.hpp"
 #include "merge/required_element.hpp"
 #include "timecode/clip_timing.hpp"
@@ -33,42 +34,67 @@ namespace fs = std::filesystem;
 // What a column of the merge holds for a clip.
 enum class Content { name, point, good, text, empty };
 
+// The columns of the merge in the order of the sheet, with their widths.
+struct ExportColumn {
+  std::string_view header;
+  Content content;
+  double width;
+  std::string_view point = {};  // for Content::point: the element, which the merge adds if missing
+};
+
+constexpr std::array<ExportColumn, 24> kExportColumns{{
+    {"Name", Content::name, 28},
+    {"In", Content::point, 13, "in"},
+    {"Out", Content::point, 13, "out"},
+    {"Subclip Name", Content::empty, 20},
+    {"Good", Content::good, 7},
+    {"Label", Content::text, 14},
+    {"Label 2", Content::text, 14},
+    {"Description", Content::text, 28},
+    {"Scene", Content::text, 12},
+    {"Shot/Take", Content::text, 12},
+    {"Log Note", Content::text, 28},
+    {"Angle", Content::text, 10},
+    {"Master Comment 1", Content::text, 20},
+    {"Master Comment 2", Content::text, 20},
+    {"Master Comment 3", Content::text, 20},
+    {"Master Comment 4", Content::text, 20},
+    {"Comment 1", Content::text, 20},
+    {"Comment 2", Content::text, 20},
+    {"Marker Timecode", Content::empty, 16},
+    {"Marker Name", Content::empty, 16},
+    {"Marker Comment", Content::empty, 20},
+    {"Marker Color", Content::empty, 13},
+    {"Aux TC 1", Content::empty, 13},
+    {"Aux TC 2", Content::empty, 13},
+}};
+
 struct MergeColumn {
   std::string_view header;
   Content content;
+  double width;
   // The element the cell is read from and that the merge writes; for point, good and text.
   std::string_view selector;
   // The merge adds the element, or fails, when a clip lacks it: the column is left out then.
-  bool needs_element;
-  double width;
+  bool needs_element = false;
 };
 
-constexpr std::array<MergeColumn, 24> kMergeColumns{{
-    {"Name", Content::name, "", false, 28},
-    {"In", Content::point, "in", true, 13},
-    {"Out", Content::point, "out", true, 13},
-    {"Subclip Name", Content::empty, "", false, 20},
-    {"Good", Content::good, "logginginfo/good", false, 7},
-    {"Label", Content::text, "labels/label", true, 14},
-    {"Label 2", Content::text, "labels/label2", true, 14},
-    {"Description", Content::text, "logginginfo/description", true, 28},
-    {"Scene", Content::text, "logginginfo/scene", false, 12},
-    {"Shot/Take", Content::text, "logginginfo/shottake", false, 12},
-    {"Log Note", Content::text, "logginginfo/lognote", false, 28},
-    {"Angle", Content::text, "defaultangle", true, 10},
-    {"Master Comment 1", Content::text, "comments/mastercomment1", false, 20},
-    {"Master Comment 2", Content::text, "comments/mastercomment2", false, 20},
-    {"Master Comment 3", Content::text, "comments/mastercomment3", false, 20},
-    {"Master Comment 4", Content::text, "comments/mastercomment4", false, 20},
-    {"Comment 1", Content::text, "comments/clipcommenta", true, 20},
-    {"Comment 2", Content::text, "comments/clipcommentb", true, 20},
-    {"Marker Timecode", Content::empty, "", false, 16},
-    {"Marker Name", Content::empty, "", false, 16},
-    {"Marker Comment", Content::empty, "", false, 20},
-    {"Marker Color", Content::empty, "", false, 13},
-    {"Aux TC 1", Content::empty, "", false, 13},
-    {"Aux TC 2", Content::empty, "", false, 13},
-}};
+// Each export column with the element the merge writes its cells into.
+std::vector<MergeColumn> merge_columns() {
+  const std::vector<LoggingFieldElement> logged = logging_field_elements();
+  std::vector<MergeColumn> columns;
+  for (const ExportColumn& column : kExportColumns) {
+    MergeColumn merge{column.header, column.content, column.width, column.point,
+                      column.content == Content::point};
+    if (column.content == Content::good || column.content == Content::text) {
+      const auto field = std::ranges::find(logged, column.header, &LoggingFieldElement::header);
+      merge.selector = field->selector;
+      merge.needs_element = field->first_match_only;
+    }
+    columns.push_back(merge);
+  }
+  return columns;
+}
 
 // Columns after the merge's, with headers it ignores: what the clips hold already, for the logger
 // to see. One group per marker, as many as the clip with the most markers needs; an aux column
@@ -154,17 +180,17 @@ std::optional<std::string> first_lacking(const std::vector<NamedClips>& names,
 }
 
 // The merge columns to write: those that need an element only when every clip holds it.
-std::vector<const MergeColumn*> written_columns(const std::vector<NamedClips>& names,
-                                                ExportReport& report) {
-  std::vector<const MergeColumn*> columns;
-  for (const MergeColumn& column : kMergeColumns) {
+std::vector<MergeColumn> written_columns(const std::vector<NamedClips>& names,
+                                         ExportReport& report) {
+  std::vector<MergeColumn> columns;
+  for (const MergeColumn& column : merge_columns()) {
     const auto lacking =
         column.needs_element ? first_lacking(names, column.selector) : std::nullopt;
     if (lacking) {
       report.columns_left_out.push_back(
           {std::string(column.header), *lacking, element_path(column.selector)});
     } else {
-      columns.push_back(&column);
+      columns.push_back(column);
     }
   }
   return columns;
@@ -245,11 +271,10 @@ std::size_t blank_rows_needed(const Document& document, const std::vector<NamedC
   return rows_needed > names.size() ? rows_needed - names.size() : 0;
 }
 
-Sheet sheet_of(const std::vector<NamedClips>& names,
-               const std::vector<const MergeColumn*>& columns) {
+Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<MergeColumn>& columns) {
   Sheet sheet;
-  for (const MergeColumn* column : columns) {
-    sheet.columns.push_back({std::string(column->header), column->width});
+  for (const MergeColumn& column : columns) {
+    sheet.columns.push_back({std::string(column.header), column.width});
   }
   std::vector<std::vector<std::array<std::string, 3>>> markers;
   std::array<std::vector<std::string>, 2> aux;
@@ -259,8 +284,7 @@ Sheet sheet_of(const std::vector<NamedClips>& names,
     const Element clip = named.clips.front();
     const ClipTiming timing = resolve_clip_timing(clip, FRAME_RATES);
     SheetRow row{named.name, {}};
-    for (const MergeColumn* column : columns)
-      row.cells.push_back(cell_text(*column, named, timing));
+    for (const MergeColumn& column : columns) row.cells.push_back(cell_text(column, named, timing));
     sheet.rows.push_back(std::move(row));
     markers.push_back(markers_in_project(clip, timing));
     marker_groups = std::max(marker_groups, markers.back().size());
