@@ -50,6 +50,9 @@ for cell in names + [cell for cell in timecodes if cell.value is not None]:
     assert cell.number_format == "@", (cell.coordinate, cell.number_format)
 # Empty cells of the columns are formatted as text too, for what a logger types there.
 assert sheet.column_dimensions["B"].number_format == "@", sheet.column_dimensions["B"].number_format
+# Widths are set: a wide Name, narrow timecodes.
+widths = [sheet.column_dimensions[letter].width for letter in "ABC"]
+assert widths[0] > 20 and 10 < widths[1] < 20 and widths[1] == widths[2], widths
 PYTHON
 
 # Merged back, the sheet changes nothing but the update behaviours.
