@@ -1,0 +1,288 @@
+// The Python module `pellago`: the engine's merge, sheet reading and timecode conversion, with the
+// GIL released while the engine works.
+
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+#include <pybind11/stl/filesystem.h>
+
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "error.hpp"
+#include "merge/add_log_notes.hpp"
+#include "merge/log_sheet_file.hpp"
+#include "timecode/to_frames.hpp"
+#include "version.hpp"
+
+namespace py = pybind11;
+using namespace pybind11::literals;
+
+namespace pellago::python {
+
+namespace {
+
+// pellago.Error; made once when the module is imported and kept for the life of the process.
+PyObject* error_type = nullptr;
+
+// Turns pellago::Error into OSError (FileNotFoundError, PermissionError... chosen by Python from
+// the errno) when a system call failed, into pellago.Error otherwise. Other exceptions go on to
+// pybind11's own translators (std::bad_alloc becomes MemoryError).
+void translate_engine_error(std::exception_ptr exception) {
+  try {
+    if (exception) std::rethrow_exception(exception);
+  } catch (const Error& error) {
+    if (error.system_error == 0) {
+      PyErr_SetString(error_type, error.what());
+      return;
+    }
+    PyObject* os_error =
+        PyObject_CallFunction(PyExc_OSError, "is", error.system_error, error.what());
+    if (os_error == nullptr) return;  // the exception of the failed call is set instead
+    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(os_error)), os_error);
+    Py_DECREF(os_error);
+  }
+}
+
+// The merge's progress calls, turned into calls of progress(done, total). The engine calls from
+// the merging thread with the GIL released; each call takes the GIL only for the Python call.
+class ProgressCallback {
+ public:
+  explicit ProgressCallback(py::function function) : function_(std::move(function)) {}
+
+  Progress callbacks() {
+    return {.set_indeterminate = {},
+            .set_double_value = [this](std::int64_t value) { done_ = value; },
+            .set_max_value = [this](std::int64_t total) { total_ = total; },
+            .increment_by = [this](std::int64_t step) { done_ += step; },
+            .display_if_needed = [this] { call(); }};
+  }
+
+  bool cancelled() const { return cancelled_; }
+
+  // What the callback raised, if it did; rethrown once the merge has ended.
+  void rethrow_raised() const {
+    if (raised_) std::rethrow_exception(raised_);
+  }
+
+ private:
+  // False from the callback, an exception from it, or a signal handler that raised (Ctrl-C) ends
+  // the merge at its next cancellation point.
+  void call() {
+    if (cancelled_) return;
+    py::gil_scoped_acquire gil;
+    try {
+      const py::object answer = function_(done_, total_);
+      if (answer.ptr() == Py_False) cancelled_ = true;
+      if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+    } catch (...) {
+      raised_ = std::current_exception();
+      cancelled_ = true;
+    }
+  }
+
+  py::function function_;
+  std::int64_t done_ = 0;
+  std::int64_t total_ = 0;
+  bool cancelled_ = false;
+  std::exception_ptr raised_;
+};
+
+MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::path& xml,
+                  const std::filesystem::path& output, std::optional<py::function> progress) {
+  std::optional<ProgressCallback> callback;
+  Host host;
+  if (progress) {
+    host.progress = callback.emplace(std::move(*progress)).callbacks();
+    host.cancel_requested = [&callback] { return callback->cancelled(); };
+  }
+  MergeReport report;
+  {
+    py::gil_scoped_release release;
+    report = add_log_notes(sheet.string(), xml.string(), output.string(), host);
+  }
+  if (callback) callback->rethrow_raised();
+  return report;
+}
+
+// One data row of a sheet, as Python sees it.
+struct SheetRow {
+  int number = 0;    // the row number in the worksheet
+  py::dict fields;   // ordinary column header -> cell text
+  py::list markers;  // of MarkerEntry
+};
+
+// Python lists, made once, so that indexing them does not convert the whole sheet again.
+struct Sheet {
+  py::list headers;  // row 1: str, float or None per column
+  py::list rows;     // of SheetRow
+};
+
+py::object header_value(const Cell& header) {
+  if (const auto* text = std::get_if<std::string>(&header)) return py::str(*text);
+  if (const auto* number = std::get_if<double>(&header)) return py::float_(*number);
+  return py::none();
+}
+
+Sheet sheet_for_python(const LogSheet& log_sheet) {
+  Sheet sheet;
+  for (const Cell& header : log_sheet.headers) sheet.headers.append(header_value(header));
+  int number = kFirstLogRow;
+  for (const LogRow& row : log_sheet.rows) {
+    SheetRow entry{.number = number++, .fields = py::dict(), .markers = py::list()};
+    for (std::size_t i = 0; i < row.headers->size(); ++i) {
+      entry.fields[py::str((*row.headers)[i])] = py::str(row.values[i]);
+    }
+    for (const MarkerEntry& marker : row.markers) entry.markers.append(py::cast(marker));
+    sheet.rows.append(py::cast(std::move(entry)));
+  }
+  return sheet;
+}
+
+std::optional<Sheet> inspect(const std::filesystem::path& path) {
+  std::optional<LogSheet> log_sheet;
+  {
+    py::gil_scoped_release release;
+    log_sheet = read_log_sheet(path.string());
+  }
+  if (!log_sheet) return std::nullopt;
+  return sheet_for_python(*log_sheet);
+}
+
+std::string optional_repr(const std::optional<std::string>& text) {
+  return text ? py::repr(py::str(*text)).cast<std::string>() : "None";
+}
+
+std::string repr(const MergeReport& report) {
+  return py::str(
+             "MergeReport(outcome={}, clips_visited={}, clips_changed={}, subclips_made={}, "
+             "markers_added={}, rows_unmatched={})")
+      .format(py::cast(report.outcome), report.clips_visited, report.clips_changed,
+              report.subclips_made, report.markers_added, report.rows_unmatched)
+      .cast<std::string>();
+}
+
+std::string repr(const MarkerEntry& marker) {
+  return py::str("Marker(timecode={}, name={}, comment={}, color={})")
+      .format(py::repr(py::str(marker.timecode)), optional_repr(marker.name),
+              optional_repr(marker.comment), optional_repr(marker.color))
+      .cast<std::string>();
+}
+
+std::string repr(const SheetRow& row) {
+  return py::str("SheetRow(number={}, fields={!r}, markers={!r})")
+      .format(row.number, row.fields, row.markers)
+      .cast<std::string>();
+}
+
+std::string repr(const Sheet& sheet) {
+  return py::str("Sheet(headers={!r}, rows=<{} rows>)")
+      .format(sheet.headers, sheet.rows.size())
+      .cast<std::string>();
+}
+
+constexpr const char* kModuleDoc =
+    R"(Merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro XML
+document, as the pellago program does.
+
+merge() runs a whole merge, inspect() shows a log sheet as the merge reads it and to_frames()
+converts a timecode. Paths may be str or os.PathLike. A file that cannot be read or written
+raises OSError (FileNotFoundError, PermissionError...), any other failure pellago.Error, and
+running out of memory MemoryError; a failed merge writes nothing. The GIL is released while the
+engine works, so other Python threads run meanwhile.)";
+
+constexpr const char* kMergeDoc =
+    R"(Merges the log sheet `sheet` into the Final Cut Pro XML document `xml` and writes the result to
+`output`, which may be `xml` itself: it is replaced only once the whole merge has succeeded.
+
+A sheet whose name does not end in ".xls" or ".xlsx" (lower case) is not a log sheet: nothing is
+read or written and the report's outcome is Outcome.not_a_log_sheet.
+
+progress, when given, is called as progress(done, total) with the number of clips visited and
+the number of clips in the document: once with done == 0, then after every clip. Returning False
+cancels the merge: nothing is written and the outcome is Outcome.cancelled. An exception raised
+by progress cancels it too, and is raised again by merge once the merge has stopped.
+
+Raises OSError when a file cannot be read or written and pellago.Error when the sheet or the
+document cannot be merged; the message names the file, or the clip and sheet row.)";
+
+constexpr const char* kInspectDoc =
+    R"(Reads the first worksheet of the log sheet `sheet` as the merge reads it: the header row as it
+is and one SheetRow per row from row 2 to the last, blank rows included. Returns None when
+`sheet` is not a log sheet (its name does not end in ".xls" or ".xlsx"). Raises OSError when the
+file cannot be read and pellago.Error when it is not a readable workbook or its headers are not
+usable.)";
+
+constexpr const char* kToFramesDoc =
+    R"(The frame count of a timecode as written in a log sheet ("01:00:00;00", "01.00.00.12",
+"1000012.0", "250") at `rate` frames per second, rounded to a whole number. display_format "DF"
+counts drop frames; any other text counts every frame. Every text gives a number.)";
+
+}  // namespace
+
+}  // namespace pellago::python
+
+PYBIND11_MODULE(pellago, module) {
+  using namespace pellago;
+  using namespace pellago::python;
+
+  module.doc() = kModuleDoc;
+  module.attr("__version__") = kVersion;
+
+  error_type = PyErr_NewExceptionWithDoc(
+      "pellago.Error",
+      "A log sheet or document that cannot be merged; the message says which file, clip or row "
+      "and what is missing.",
+      PyExc_ValueError, nullptr);
+  if (error_type == nullptr) throw py::error_already_set();
+  module.add_object("Error", py::handle(error_type));
+  py::register_exception_translator(translate_engine_error);
+
+  py::enum_<Outcome>(module, "Outcome", "How a merge ended.")
+      .value("merged", Outcome::merged, "The output was written.")
+      .value("not_a_log_sheet", Outcome::not_a_log_sheet,
+             "The sheet is not an .xls or .xlsx file; nothing was read or written.")
+      .value("cancelled", Outcome::cancelled, "The progress callback cancelled; nothing written.");
+
+  py::class_<MergeReport>(module, "MergeReport", "What a merge did.")
+      .def_readonly("outcome", &MergeReport::outcome)
+      .def_readonly("clips_visited", &MergeReport::clips_visited, "Clips of the document visited.")
+      .def_readonly("clips_changed", &MergeReport::clips_changed,
+                    "Clips that at least one sheet row was applied to.")
+      .def_readonly("subclips_made", &MergeReport::subclips_made,
+                    "Subclip copies made for further rows naming one clip.")
+      .def_readonly("markers_added", &MergeReport::markers_added, "Markers added.")
+      .def_readonly("rows_unmatched", &MergeReport::rows_unmatched,
+                    "Data rows, blank rows not counted, whose Name matched no clip.")
+      .def("__repr__", [](const MergeReport& report) { return repr(report); });
+
+  py::class_<MarkerEntry>(module, "Marker", "A marker of a sheet row.")
+      .def_readonly("timecode", &MarkerEntry::timecode, "Never empty.")
+      .def_readonly("name", &MarkerEntry::name, "None when the sheet has no such column.")
+      .def_readonly("comment", &MarkerEntry::comment, "None when the sheet has no such column.")
+      .def_readonly("color", &MarkerEntry::color, "Lower-cased; None without the column.")
+      .def("__repr__", [](const MarkerEntry& marker) { return repr(marker); });
+
+  py::class_<SheetRow>(module, "SheetRow", "A data row of a log sheet.")
+      .def_readonly("number", &SheetRow::number, "The row number in the worksheet (from 2).")
+      .def_readonly("fields", &SheetRow::fields,
+                    "Ordinary column header -> cell text (numbers as \"12.0\"); with duplicate "
+                    "headers the right-hand column.")
+      .def_readonly("markers", &SheetRow::markers,
+                    "One Marker per marker column group whose timecode cell is not empty.")
+      .def("__repr__", [](const SheetRow& row) { return repr(row); });
+
+  py::class_<Sheet>(module, "Sheet", "A log sheet as the merge reads it.")
+      .def_readonly("headers", &Sheet::headers, "Row 1 as it is: str, float or None per column.")
+      .def_readonly("rows", &Sheet::rows, "The rows from 2 to the last, blank rows included.")
+      .def("__repr__", [](const Sheet& sheet) { return repr(sheet); });
+
+  module.def("merge", &merge, kMergeDoc, "sheet"_a, "xml"_a, "output"_a, py::kw_only(),
+             "progress"_a = py::none());
+  module.def("inspect", &inspect, kInspectDoc, "sheet"_a);
+  module.def("to_frames", &to_frames, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
+}

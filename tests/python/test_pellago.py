@@ -1,0 +1,183 @@
+"""Tests of the Python module pellago, run by CTest with Debian's pytest.
+
+Environment: PYTHONPATH holds the built module, PELLAGO_CLI is the pellago program (merges are
+compared with its output), PELLAGO_MAKE_EXPORT the generator of large exports
+(make_merge_bench), PELLAGO_SOURCE_DIR the repository.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import threading
+import time
+
+import pytest
+import xlsxwriter
+
+import pellago
+
+CLI = os.environ["PELLAGO_CLI"]
+MAKE_EXPORT = os.environ["PELLAGO_MAKE_EXPORT"]
+EXAMPLES = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "examples"
+SHEET = EXAMPLES / "log_sheet.xlsx"
+PROJECT = EXAMPLES / "project.xml"
+CLIPS_IN_PROJECT = 6
+
+
+def run_cli(*arguments):
+    return subprocess.run([CLI, *map(str, arguments)], capture_output=True, text=True, check=True)
+
+
+def test_merge_writes_what_the_program_writes(tmp_path):
+    expected = tmp_path / "cli.xml"
+    summary = run_cli("merge", "--quiet", SHEET, PROJECT, expected).stdout
+    output = tmp_path / "python.xml"
+
+    report = pellago.merge(SHEET, str(PROJECT), output)
+
+    assert output.read_bytes() == expected.read_bytes()
+    assert summary.startswith(
+        "merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip"
+    )
+    assert (report.outcome, report.clips_visited, report.clips_changed) == (
+        pellago.Outcome.merged,
+        6,
+        5,
+    )
+    assert (report.subclips_made, report.markers_added, report.rows_unmatched) == (2, 6, 1)
+    assert repr(report).startswith("MergeReport(outcome=Outcome.merged, clips_visited=6,")
+
+    not_a_sheet = pellago.merge(tmp_path / "log.XLSX", PROJECT, tmp_path / "none.xml")
+    assert not_a_sheet.outcome == pellago.Outcome.not_a_log_sheet
+    assert not (tmp_path / "none.xml").exists()
+
+    assert run_cli("--version").stdout == f"pellago {pellago.__version__}\n"
+    assert pellago.to_frames("01:00:00;00", 29.97, "DF") == 107892
+
+
+def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
+    calls = []
+    report = pellago.merge(
+        SHEET, PROJECT, tmp_path / "out.xml", progress=lambda done, total: calls.append((done, total))
+    )
+    assert report.outcome == pellago.Outcome.merged
+    assert calls == [(done, CLIPS_IN_PROJECT) for done in range(CLIPS_IN_PROJECT + 1)]
+
+    output = tmp_path / "earlier.xml"
+    output.write_text("earlier output")
+    report = pellago.merge(SHEET, PROJECT, output, progress=lambda done, total: done < 2)
+    assert (report.outcome, report.clips_visited) == (pellago.Outcome.cancelled, 2)
+    assert output.read_text() == "earlier output"
+
+    # False only after the last clip still stops the merge before it writes.
+    report = pellago.merge(SHEET, PROJECT, output, progress=lambda done, total: done < total)
+    assert (report.outcome, report.clips_visited) == (pellago.Outcome.cancelled, CLIPS_IN_PROJECT)
+    assert output.read_text() == "earlier output"
+
+    def interrupt(done, total):
+        if done == 3:
+            raise KeyboardInterrupt
+    with pytest.raises(KeyboardInterrupt):
+        pellago.merge(SHEET, PROJECT, output, progress=interrupt)
+    assert output.read_text() == "earlier output"
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["earlier.xml", "out.xml"]
+
+
+MEMORY_LIMITED_MERGE = """
+import resource, sys, pellago
+size = next(int(line.split()[1]) * 1024 for line in open("/proc/self/status")
+            if line.startswith("VmSize:"))
+limit = size + (64 << 20)
+resource.setrlimit(resource.RLIMIT_AS, (limit, limit))
+try:
+    pellago.merge(*sys.argv[1:])
+except MemoryError:
+    print("MemoryError")
+"""
+
+
+def test_failures_raise_the_matching_exception_and_write_nothing(tmp_path):
+    output = tmp_path / "out.xml"
+
+    with pytest.raises(FileNotFoundError) as missing:
+        pellago.merge(SHEET, tmp_path / "missing.xml", output)
+    assert str(tmp_path / "missing.xml") in str(missing.value)
+
+    # Root may write anywhere but in sysfs.
+    with pytest.raises(PermissionError, match="/sys/out.xml"):
+        pellago.merge(SHEET, PROJECT, "/sys/out.xml")
+
+    with pytest.raises(OSError) as directory:
+        pellago.merge(SHEET, tmp_path, output)
+    assert directory.value.errno == 21
+
+    not_a_workbook = tmp_path / "notes.xlsx"
+    not_a_workbook.write_text("Name,Scene\n")
+    with pytest.raises(pellago.Error, match=f"^{not_a_workbook}: not an .xlsx workbook"):
+        pellago.merge(not_a_workbook, PROJECT, output)
+    with pytest.raises(ValueError):
+        pellago.inspect(not_a_workbook)
+
+    huge = tmp_path / "huge.xml"
+    with open(huge, "wb") as file:
+        file.truncate(1 << 30)
+    child = subprocess.run(
+        [sys.executable, "-c", MEMORY_LIMITED_MERGE, SHEET, huge, output],
+        capture_output=True,
+        text=True,
+        check=True,
+    )
+    assert child.stdout == "MemoryError\n"
+
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["huge.xml", "notes.xlsx"]
+
+
+def test_inspect_gives_the_sheet_as_python_values(tmp_path):
+    sheet = pellago.inspect(SHEET)
+    assert sheet.headers[:3] == ["Name", "Subclip Name", "In"]
+    first = sheet.rows[0]
+    assert first.number == 2
+    assert (first.fields["Name"], first.fields["Good"]) == ("A001_C001_0611AB", "Yes")
+    assert [(m.timecode, m.name, m.comment, m.color) for m in first.markers] == [
+        ("10:00:05:00", "Slate", "", "red"),
+        ("10:00:42:12", "Laugh", None, "green"),
+    ]
+    assert pellago.inspect(tmp_path / "log.xls.bak") is None
+
+    # Row 1 alone: its cells keep their kinds.
+    headers_only = tmp_path / "headers.xlsx"
+    workbook = xlsxwriter.Workbook(str(headers_only))
+    workbook.add_worksheet().write_row(0, 0, ["Name", 12.5, None, "Scene"])
+    workbook.close()
+    sheet = pellago.inspect(headers_only)
+    assert (sheet.headers, sheet.rows) == (["Name", 12.5, None, "Scene"], [])
+
+
+def test_other_threads_run_while_a_large_merge_works(tmp_path):
+    project, log_sheet = tmp_path / "project.xml", tmp_path / "log.xlsx"
+    subprocess.run([MAKE_EXPORT, project, log_sheet, "5000"], check=True)
+    ticks = []
+    merging = threading.Event()
+    done = threading.Event()
+
+    def tick():
+        merging.wait()
+        while not done.is_set():
+            ticks.append(time.monotonic())
+            time.sleep(0.001)
+
+    ticker = threading.Thread(target=tick)
+    ticker.start()
+    try:
+        merging.set()
+        started = time.monotonic()
+        report = pellago.merge(log_sheet, project, tmp_path / "out.xml")
+        ended = time.monotonic()
+    finally:
+        done.set()
+        ticker.join()
+
+    assert report.clips_visited == 5000
+    during = [t for t in ticks if started < t < ended]
+    assert len(during) >= 20, f"{len(during)} ticks in a merge of {ended - started:.2f} s"
