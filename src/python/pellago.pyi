@@ -1,8 +1,7 @@
 """Merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro XML document."""
 
-import enum
 import os
-from typing import Callable, Optional, Union
+from typing import Callable, ClassVar, Optional, Union
 
 __version__: str
 
@@ -11,12 +10,17 @@ _Path = Union[str, os.PathLike[str]]
 class Error(ValueError):
     """A log sheet or document that cannot be merged; the message says which file, clip or row."""
 
-class Outcome(enum.Enum):
+class Outcome:
     """How a merge ended."""
 
-    merged = 0
-    not_a_log_sheet = 1
-    cancelled = 2
+    merged: ClassVar[Outcome]
+    not_a_log_sheet: ClassVar[Outcome]
+    cancelled: ClassVar[Outcome]
+    @property
+    def name(self) -> str: ...
+    @property
+    def value(self) -> int: ...
+    def __int__(self) -> int: ...
 
 class MergeReport:
     """What a merge did."""
