@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "merge/required_element.hpp"
 #include "timecode/to_frames.hpp"
@@ -34,6 +35,12 @@ std::string aux_timecode_markup(std::int64_t frames, const std::string& display_
 }
 
 }  // namespace
+
+std::vector<std::string_view> aux_timecode_headers() {
+  std::vector<std::string_view> headers;
+  for (const AuxSource& aux : kAuxSources) headers.push_back(aux.header);
+  return headers;
+}
 
 void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
   const Element file_format = clip.first("file/timecode/displayformat");

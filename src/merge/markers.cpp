@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "merge/required_element.hpp"
 #include "timecode/to_frames.hpp"
@@ -61,6 +62,12 @@ void fill_marker(Element marker, const MarkerEntry& entry) {
 }
 
 }  // namespace
+
+std::vector<std::string_view> marker_color_names() {
+  std::vector<std::string_view> names;
+  for (const MarkerColor& color : kMarkerColors) names.push_back(color.name);
+  return names;
+}
 
 void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
   for (std::size_t i = 0; i < row.markers.size(); ++i) {

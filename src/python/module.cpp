@@ -135,7 +135,7 @@ Sheet sheet_for_python(const LogSheet& log_sheet) {
   for (const LogRow& row : log_sheet.rows) {
     SheetRow entry{.number = number++, .fields = py::dict(), .markers = py::list()};
     for (std::size_t i = 0; i < row.headers->size(); ++i) {
-      entry.fields[py::str((*row.headers)[i])] = py::str(row.values[i]);
+      entry.fields[py::str((*row.headers)[i])] = py::str(row.value(i));
     }
     for (const MarkerEntry& marker : row.markers) entry.markers.append(py::cast(marker));
     sheet.rows.append(py::cast(std::move(entry)));

@@ -119,18 +119,23 @@ def test_failures_raise_the_matching_exception_and_write_nothing(tmp_path):
     with pytest.raises(ValueError):
         pellago.inspect(not_a_workbook)
 
-    huge = tmp_path / "huge.xml"
-    with open(huge, "wb") as file:
-        file.truncate(1 << 30)
+    # One long shared string in 4000 cells: a small file whose rows take 128 MB once read.
+    huge = tmp_path / "huge.xlsx"
+    workbook = xlsxwriter.Workbook(str(huge))
+    worksheet = workbook.add_worksheet()
+    worksheet.write_row(0, 0, ["Name", "Log Note"])
+    for row in range(1, 4001):
+        worksheet.write_row(row, 0, [f"A{row}", "x" * 32000])
+    workbook.close()
     child = subprocess.run(
-        [sys.executable, "-c", MEMORY_LIMITED_MERGE, SHEET, huge, output],
+        [sys.executable, "-c", MEMORY_LIMITED_MERGE, huge, PROJECT, output],
         capture_output=True,
         text=True,
         check=True,
     )
     assert child.stdout == "MemoryError\n"
 
-    assert sorted(path.name for path in tmp_path.iterdir()) == ["huge.xml", "notes.xlsx"]
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["huge.xlsx", "notes.xlsx"]
 
 
 def test_inspect_gives_the_sheet_as_python_values(tmp_path):
