@@ -15,6 +15,7 @@
 
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/check.hpp"
 #include "merge/log_sheet_file.hpp"
 #include "timecode/to_frames.hpp"
 #include "version.hpp"
@@ -93,9 +94,11 @@ class ProgressCallback {
 };
 
 MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::path& xml,
-                  const std::filesystem::path& output, std::optional<py::function> progress) {
+                  const std::filesystem::path& output, std::optional<py::function> progress,
+                  bool strict) {
   std::optional<ProgressCallback> callback;
   Host host;
+  host.strict = strict;
   if (progress) {
     host.progress = callback.emplace(std::move(*progress)).callbacks();
     host.cancel_requested = [&callback] { return callback->cancelled(); };
@@ -107,6 +110,28 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
   }
   if (callback) callback->rethrow_raised();
   return report;
+}
+
+// An input that cannot be read raises OSError, as it does for merge; any other failure of the
+// merge is part of the report (CheckReport::error and a merge_fails finding).
+CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesystem::path& xml,
+                        bool changes) {
+  CheckReport report;
+  {
+    py::gil_scoped_release release;
+    report = pellago::check(sheet.string(), xml.string(), CheckOptions{.changes = changes});
+  }
+  if (report.error && report.system_error != 0) throw Error(*report.error, report.system_error);
+  return report;
+}
+
+// The enumerators from 0 to `last`, under the library's own names for them.
+template <typename Enum, typename Name>
+void add_named_values(py::enum_<Enum>& type, Enum last, Name name) {
+  for (int i = 0; i <= static_cast<int>(last); ++i) {
+    const auto value = static_cast<Enum>(i);
+    type.value(std::string(name(value)).c_str(), value);
+  }
 }
 
 // One data row of a sheet, as Python sees it.
@@ -157,12 +182,34 @@ std::string optional_repr(const std::optional<std::string>& text) {
   return text ? py::repr(py::str(*text)).cast<std::string>() : "None";
 }
 
+std::string repr(const RecoveredErrors& recovered) {
+  if (recovered.count == 0) return "RecoveredErrors(count=0)";
+  return py::str("RecoveredErrors(count={}, line={}, column={}, message={!r})")
+      .format(recovered.count, recovered.line, recovered.column, recovered.message)
+      .cast<std::string>();
+}
+
 std::string repr(const MergeReport& report) {
   return py::str(
              "MergeReport(outcome={}, clips_visited={}, clips_changed={}, subclips_made={}, "
-             "markers_added={}, rows_unmatched={})")
+             "markers_added={}, rows_unmatched={}, recovered={})")
       .format(py::cast(report.outcome), report.clips_visited, report.clips_changed,
-              report.subclips_made, report.markers_added, report.rows_unmatched)
+              report.subclips_made, report.markers_added, report.rows_unmatched,
+              repr(report.recovered))
+      .cast<std::string>();
+}
+
+std::string repr(const Finding& finding) {
+  return py::str("Finding(kind={}, severity={}, row={!r}, column={!r}, clip={!r}, message={!r})")
+      .format(py::cast(finding.kind), py::cast(finding.severity), py::cast(finding.row),
+              py::cast(finding.column), py::cast(finding.clip), finding.message)
+      .cast<std::string>();
+}
+
+std::string repr(const CheckReport& report) {
+  return py::str("CheckReport(merge={}, findings=<{} findings>, changes=<{} changes>, error={})")
+      .format(repr(report.merge), report.findings.size(), report.changes.size(),
+              optional_repr(report.error))
       .cast<std::string>();
 }
 
@@ -189,8 +236,8 @@ constexpr const char* kModuleDoc =
     R"(Merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro XML
 document, as the pellago program does.
 
-merge() runs a whole merge, inspect() shows a log sheet as the merge reads it and to_frames()
-converts a timecode. Paths may be str or os.PathLike. A file that cannot be read or written
+merge() runs a whole merge, check() runs it in memory and reports what in the sheet looks wrong,
+inspect() shows a log sheet as the merge reads it and to_frames() converts a timecode. Paths may be str or os.PathLike. A file that cannot be read or written
 raises OSError (FileNotFoundError, PermissionError...), any other failure pellago.Error, and
 running out of memory MemoryError; a failed merge writes nothing. The GIL is released while the
 engine works, so other Python threads run meanwhile.)";
@@ -198,6 +245,8 @@ engine works, so other Python threads run meanwhile.)";
 constexpr const char* kMergeDoc =
     R"(Merges the log sheet `sheet` into the Final Cut Pro XML document `xml` and writes the result to
 `output`, which may be `xml` itself: it is replaced only once the whole merge has succeeded.
+"-" writes to standard output. An output that exists and is not a regular file, or is the sheet,
+is refused before anything is read.
 
 A sheet whose name does not end in ".xls" or ".xlsx" (lower case) is not a log sheet: nothing is
 read or written and the report's outcome is Outcome.not_a_log_sheet.
@@ -207,8 +256,23 @@ the number of clips in the document: once with done == 0, then after every clip.
 cancels the merge: nothing is written and the outcome is Outcome.cancelled. An exception raised
 by progress cancels it too, and is raised again by merge once the merge has stopped.
 
+A document that is not well-formed XML is merged as far as the parser could recover it: the
+report's `recovered` says how many errors were repaired and where the first was (clips after it
+may be missing from the output). With strict=True such a document raises pellago.Error instead.
+
 Raises OSError when a file cannot be read or written and pellago.Error when the sheet or the
 document cannot be merged; the message names the file, or the clip and sheet row.)";
+
+constexpr const char* kCheckDoc =
+    R"(Runs the whole merge of the log sheet `sheet` into the document `xml` in memory, writing
+nothing, and returns a CheckReport: what the merge would report, the findings about the sheet
+(rows whose Name matches no clip, headers close to ones the merge reads, values it would ignore
+or refuse...) and, with changes=True, every change the merge would make to the document.
+
+A merge that would fail gives its message in the report's `error` and a finding of kind
+FindingKind.merge_fails, after the findings made before it. A sheet whose name does not end in
+".xls" or ".xlsx" gives the outcome Outcome.not_a_log_sheet and nothing else. Raises OSError when
+a file cannot be read.)";
 
 constexpr const char* kInspectDoc =
     R"(Reads the first worksheet of the log sheet `sheet` as the merge reads it: the header row as it
@@ -248,6 +312,15 @@ PYBIND11_MODULE(pellago, module) {
              "The sheet is not an .xls or .xlsx file; nothing was read or written.")
       .value("cancelled", Outcome::cancelled, "The progress callback cancelled; nothing written.");
 
+  py::class_<RecoveredErrors>(module, "RecoveredErrors",
+                              "What the XML parser repaired in a document that is not well-formed.")
+      .def_readonly("count", &RecoveredErrors::count, "Errors repaired; 0 for a sound document.")
+      .def_readonly("line", &RecoveredErrors::line,
+                    "The first error's line (from 1; 0 when the parser did not say).")
+      .def_readonly("column", &RecoveredErrors::column, "The first error's column (from 1, or 0).")
+      .def_readonly("message", &RecoveredErrors::message, "The first error's message.")
+      .def("__repr__", [](const RecoveredErrors& recovered) { return repr(recovered); });
+
   py::class_<MergeReport>(module, "MergeReport", "What a merge did.")
       .def_readonly("outcome", &MergeReport::outcome)
       .def_readonly("clips_visited", &MergeReport::clips_visited, "Clips of the document visited.")
@@ -258,7 +331,75 @@ PYBIND11_MODULE(pellago, module) {
       .def_readonly("markers_added", &MergeReport::markers_added, "Markers added.")
       .def_readonly("rows_unmatched", &MergeReport::rows_unmatched,
                     "Data rows, blank rows not counted, whose Name matched no clip.")
+      .def_readonly("recovered", &MergeReport::recovered,
+                    "What the parser repaired; when its count is not 0 the clips after the first "
+                    "error may be missing from the merge and the output.")
       .def("__repr__", [](const MergeReport& report) { return repr(report); });
+
+  py::enum_<FindingKind> finding_kind(module, "FindingKind", "What a check found.");
+  add_named_values(finding_kind, FindingKind::merge_fails, kind_name);
+  py::enum_<Severity> severity(module, "Severity",
+                               "note: often meant; warning: the sheet probably does not say what "
+                               "was meant; error: the merge would fail.");
+  add_named_values(severity, Severity::error, severity_name);
+  py::enum_<ChangeKind> change_kind(module, "ChangeKind", "What a change does to the document.");
+  add_named_values(change_kind, ChangeKind::subclip_made, change_kind_name);
+
+  py::class_<Column>(module, "Column", "A column of the sheet, as a spreadsheet shows it.")
+      .def_readonly("header", &Column::header, "The header text of row 1.")
+      .def_readonly("letter", &Column::letter, "\"A\", \"B\", ... \"AA\".")
+      .def("__repr__", [](const Column& column) {
+        return py::str("Column(header={!r}, letter={!r})")
+            .format(column.header, column.letter)
+            .cast<std::string>();
+      });
+
+  py::class_<ClipRef>(module, "ClipRef", "A clip of the document.")
+      .def_readonly("name", &ClipRef::name)
+      .def_readonly("id", &ClipRef::id, "None when the clip has no id attribute.")
+      .def("__repr__", [](const ClipRef& clip) {
+        return py::str("ClipRef(name={!r}, id={})")
+            .format(clip.name, optional_repr(clip.id))
+            .cast<std::string>();
+      });
+
+  py::class_<Finding>(module, "Finding", "Something in the sheet that a check found.")
+      .def_readonly("kind", &Finding::kind)
+      .def_readonly("severity", &Finding::severity)
+      .def_readonly("row", &Finding::row,
+                    "The sheet row as the spreadsheet numbers it (2: the first data row), or "
+                    "None.")
+      .def_readonly("column", &Finding::column, "None for a finding about a whole row or clip.")
+      .def_readonly("clip", &Finding::clip, "The clip concerned, or None.")
+      .def_readonly("message", &Finding::message, "One sentence, for people.")
+      .def_readonly("suggestion", &Finding::suggestion,
+                    "What to change; empty when there is nothing to suggest.")
+      .def("__repr__", [](const Finding& finding) { return repr(finding); });
+
+  py::class_<Change>(module, "Change", "One difference a merge makes to the document.")
+      .def_readonly("kind", &Change::kind)
+      .def_readonly("row", &Change::row, "The sheet row that causes it; None for document-wide.")
+      .def_readonly("clip", &Change::clip,
+                    "The clip the element belongs to (the copy's, for a copy).")
+      .def_readonly(
+          "element", &Change::element,
+          "Path from the clip (\"logginginfo/scene\", \"media/video/track/clipitem/@id\"), "
+          "or from the root element outside every clip; \"clip\" for subclip_made.")
+      .def_readonly("old_text", &Change::old_text, "None for added and subclip_made.")
+      .def_readonly("new_text", &Change::new_text, "None for removed.")
+      .def_readonly("content", &Change::content,
+                    "added, removed, subclip_made: (path below the element, text) of every leaf "
+                    "element in document order; the path is empty for the element itself.");
+
+  py::class_<CheckReport>(module, "CheckReport", "What a check found.")
+      .def_readonly("merge", &CheckReport::merge,
+                    "What the merge would report; Outcome.not_a_log_sheet stops the check.")
+      .def_readonly("findings", &CheckReport::findings,
+                    "Header findings, then the findings of each row in sheet order.")
+      .def_readonly("changes", &CheckReport::changes,
+                    "In the order the merge makes them; empty unless asked for.")
+      .def_readonly("error", &CheckReport::error, "The message the merge would fail with, or None.")
+      .def("__repr__", [](const CheckReport& report) { return repr(report); });
 
   py::class_<MarkerEntry>(module, "Marker", "A marker of a sheet row.")
       .def_readonly("timecode", &MarkerEntry::timecode, "Never empty.")
@@ -282,7 +423,9 @@ PYBIND11_MODULE(pellago, module) {
       .def("__repr__", [](const Sheet& sheet) { return repr(sheet); });
 
   module.def("merge", &merge, kMergeDoc, "sheet"_a, "xml"_a, "output"_a, py::kw_only(),
-             "progress"_a = py::none());
+             "progress"_a = py::none(), "strict"_a = false);
+  module.def("check", &check_sheet, kCheckDoc, "sheet"_a, "xml"_a, py::kw_only(),
+             "changes"_a = false);
   module.def("inspect", &inspect, kInspectDoc, "sheet"_a);
   module.def("to_frames", &to_frames, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
 }

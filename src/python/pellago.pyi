@@ -22,6 +22,20 @@ class Outcome:
     def value(self) -> int: ...
     def __int__(self) -> int: ...
 
+class RecoveredErrors:
+    """What the XML parser repaired in a document that is not well-formed."""
+
+    @property
+    def count(self) -> int:
+        """Errors repaired; 0 for a sound document."""
+    @property
+    def line(self) -> int:
+        """The first error's line (from 1; 0 when the parser did not say)."""
+    @property
+    def column(self) -> int: ...
+    @property
+    def message(self) -> str: ...
+
 class MergeReport:
     """What a merge did."""
 
@@ -40,6 +54,127 @@ class MergeReport:
     @property
     def rows_unmatched(self) -> int:
         """Data rows, blank rows not counted, whose Name matched no clip."""
+    @property
+    def recovered(self) -> RecoveredErrors:
+        """When its count is not 0, clips after the first error may be missing."""
+
+class FindingKind:
+    """What a check found."""
+
+    unmatched_name: ClassVar[FindingKind]
+    near_header: ClassVar[FindingKind]
+    ignored_marker_header: ClassVar[FindingKind]
+    good_not_yes: ClassVar[FindingKind]
+    unknown_marker_color: ClassVar[FindingKind]
+    not_a_timecode: ClassVar[FindingKind]
+    outside_media: ClassVar[FindingKind]
+    out_before_in: ClassVar[FindingKind]
+    position_limit: ClassVar[FindingKind]
+    shared_clip_name: ClassVar[FindingKind]
+    repeated_name: ClassVar[FindingKind]
+    merge_fails: ClassVar[FindingKind]
+    @property
+    def name(self) -> str: ...
+    @property
+    def value(self) -> int: ...
+    def __int__(self) -> int: ...
+
+class Severity:
+    """note: often meant; warning: probably not what was meant; error: the merge would fail."""
+
+    note: ClassVar[Severity]
+    warning: ClassVar[Severity]
+    error: ClassVar[Severity]
+    @property
+    def name(self) -> str: ...
+    @property
+    def value(self) -> int: ...
+    def __int__(self) -> int: ...
+
+class ChangeKind:
+    """What a change does to the document."""
+
+    text_set: ClassVar[ChangeKind]
+    attribute_set: ClassVar[ChangeKind]
+    added: ClassVar[ChangeKind]
+    removed: ClassVar[ChangeKind]
+    subclip_made: ClassVar[ChangeKind]
+    @property
+    def name(self) -> str: ...
+    @property
+    def value(self) -> int: ...
+    def __int__(self) -> int: ...
+
+class Column:
+    """A column of the sheet as a spreadsheet shows it."""
+
+    @property
+    def header(self) -> str: ...
+    @property
+    def letter(self) -> str:
+        """"A", "B", ... "AA"."""
+
+class ClipRef:
+    """A clip of the document."""
+
+    @property
+    def name(self) -> str: ...
+    @property
+    def id(self) -> Optional[str]: ...
+
+class Finding:
+    """Something in the sheet that a check found."""
+
+    @property
+    def kind(self) -> FindingKind: ...
+    @property
+    def severity(self) -> Severity: ...
+    @property
+    def row(self) -> Optional[int]:
+        """The sheet row as the spreadsheet numbers it (2: the first data row)."""
+    @property
+    def column(self) -> Optional[Column]: ...
+    @property
+    def clip(self) -> Optional[ClipRef]: ...
+    @property
+    def message(self) -> str: ...
+    @property
+    def suggestion(self) -> str:
+        """Empty when there is nothing to suggest."""
+
+class Change:
+    """One difference a merge makes to the document."""
+
+    @property
+    def kind(self) -> ChangeKind: ...
+    @property
+    def row(self) -> Optional[int]: ...
+    @property
+    def clip(self) -> Optional[ClipRef]: ...
+    @property
+    def element(self) -> str:
+        """Path from the clip ("logginginfo/scene"), or from the root outside every clip."""
+    @property
+    def old_text(self) -> Optional[str]: ...
+    @property
+    def new_text(self) -> Optional[str]: ...
+    @property
+    def content(self) -> list[tuple[str, str]]:
+        """(path below the element, text) of every leaf, for added, removed and subclip_made."""
+
+class CheckReport:
+    """What a check found."""
+
+    @property
+    def merge(self) -> MergeReport: ...
+    @property
+    def findings(self) -> list[Finding]: ...
+    @property
+    def changes(self) -> list[Change]:
+        """Empty unless asked for."""
+    @property
+    def error(self) -> Optional[str]:
+        """The message the merge would fail with."""
 
 class Marker:
     """A marker of a sheet row; name, comment and color are None when the sheet lacks the column."""
@@ -82,13 +217,23 @@ def merge(
     output: _Path,
     *,
     progress: Optional[Callable[[int, int], Optional[bool]]] = None,
+    strict: bool = False,
 ) -> MergeReport:
-    """Merges `sheet` into the document `xml` and writes the result to `output` (may be `xml`).
+    """Merges `sheet` into the document `xml` and writes the result to `output` (may be `xml`;
+    "-" is standard output).
 
     progress(done, total) is called once with done == 0 and then after every clip; returning
     False, or raising, cancels: nothing is written. A sheet not named .xls or .xlsx gives
-    Outcome.not_a_log_sheet. Raises OSError for files that cannot be read or written,
-    pellago.Error for anything else that stops the merge; nothing is written then.
+    Outcome.not_a_log_sheet. A document that is not well-formed is merged as far as it could be
+    recovered (see MergeReport.recovered), or refused with strict=True. Raises OSError for files
+    that cannot be read or written, pellago.Error for anything else that stops the merge;
+    nothing is written then.
+    """
+
+def check(sheet: _Path, xml: _Path, *, changes: bool = False) -> CheckReport:
+    """Runs the merge in memory, writing nothing: the findings about the sheet and, with
+    changes=True, every change the merge would make. A merge that would fail gives its message
+    in `error` (and a merge_fails finding); a file that cannot be read raises OSError.
     """
 
 def inspect(sheet: _Path) -> Optional[Sheet]:

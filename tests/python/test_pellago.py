@@ -5,6 +5,8 @@ compared with its output), PELLAGO_MAKE_EXPORT the generator of large exports
 (make_merge_bench), PELLAGO_SOURCE_DIR the repository.
 """
 
+import ast
+import json
 import os
 import pathlib
 import subprocess
@@ -20,6 +22,7 @@ import pellago
 CLI = os.environ["PELLAGO_CLI"]
 MAKE_EXPORT = os.environ["PELLAGO_MAKE_EXPORT"]
 EXAMPLES = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "examples"
+CHECK_SHEETS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "merge" / "data"
 SHEET = EXAMPLES / "log_sheet.xlsx"
 PROJECT = EXAMPLES / "project.xml"
 CLIPS_IN_PROJECT = 6
@@ -82,6 +85,94 @@ def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
         pellago.merge(SHEET, PROJECT, output, progress=interrupt)
     assert output.read_text() == "earlier output"
     assert sorted(path.name for path in tmp_path.iterdir()) == ["earlier.xml", "out.xml"]
+
+
+def test_a_recovered_document_is_reported_or_refused_when_strict(tmp_path):
+    project = PROJECT.read_text()
+    cut = tmp_path / "cut.xml"
+    cut.write_text(project[: project.index('<clip id="B001_C002_0611CD">') + 40])
+    expected = tmp_path / "cli.xml"
+    warning = run_cli("merge", "--quiet", SHEET, cut, expected).stderr
+
+    report = pellago.merge(SHEET, cut, tmp_path / "python.xml")
+
+    assert (tmp_path / "python.xml").read_bytes() == expected.read_bytes()
+    recovered = report.recovered
+    assert (report.clips_visited, recovered.count > 0, recovered.line > 1) == (4, True, True)
+    assert f"line {recovered.line}" in warning and recovered.message in warning
+    with pytest.raises(pellago.Error, match="is not well-formed XML: line "):
+        pellago.merge(SHEET, cut, tmp_path / "strict.xml", strict=True)
+    assert not (tmp_path / "strict.xml").exists()
+
+
+def as_json(report):
+    """The report in the shape of `pellago check --json --changes`."""
+
+    def clip(ref):
+        return ref and {"name": ref.name, "id": ref.id}
+
+    findings = [
+        {
+            "kind": f.kind.name,
+            "severity": f.severity.name,
+            "row": f.row,
+            "column": f.column and {"header": f.column.header, "letter": f.column.letter},
+            "clip": clip(f.clip),
+            "message": f.message,
+            "suggestion": f.suggestion or None,
+        }
+        for f in report.findings
+    ]
+    changes = [
+        {
+            "kind": c.kind.name,
+            "row": c.row,
+            "clip": clip(c.clip),
+            "element": c.element,
+            "old": c.old_text,
+            "new": c.new_text,
+            "content": [{"element": path, "text": text} for path, text in c.content],
+        }
+        for c in report.changes
+    ]
+    merge = report.merge
+    summary = {
+        name: getattr(merge, name)
+        for name in ("clips_visited", "clips_changed", "subclips_made", "markers_added")
+    } | {"rows_unmatched": merge.rows_unmatched}
+    return {"error": report.error, "summary": summary, "findings": findings, "changes": changes}
+
+
+def test_check_gives_what_the_program_prints_as_objects(tmp_path):
+    sheet = CHECK_SHEETS / "check_mistakes.xlsx"
+    printed = subprocess.run(
+        [CLI, "check", "--json", "--changes", sheet, PROJECT], capture_output=True, text=True
+    )
+    assert printed.returncode == 4
+
+    report = pellago.check(sheet, PROJECT, changes=True)
+
+    assert as_json(report) == json.loads(printed.stdout)
+    assert report.findings[0].kind == pellago.FindingKind.near_header
+    assert pellago.check(sheet, PROJECT).changes == []
+
+    # A merge that would fail is part of the report; a file that cannot be read raises.
+    broken = tmp_path / "broken.xml"
+    broken.write_text(PROJECT.read_text().replace("<duration>1500</duration>", ""))
+    merge_error = subprocess.run([CLI, "merge", SHEET, broken, tmp_path / "out.xml"],
+                                 capture_output=True, text=True).stderr
+    report = pellago.check(SHEET, broken)
+    assert merge_error == f"pellago: {report.error}\n"
+    assert (report.findings[-1].kind, report.findings[-1].severity) == (
+        pellago.FindingKind.merge_fails,
+        pellago.Severity.error,
+    )
+    with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
+        pellago.check(SHEET, tmp_path / "missing.xml")
+    assert pellago.check(tmp_path / "log.XLSX", PROJECT).merge.outcome == (
+        pellago.Outcome.not_a_log_sheet
+    )
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
 
 
 MEMORY_LIMITED_MERGE = """
@@ -186,3 +277,21 @@ def test_other_threads_run_while_a_large_merge_works(tmp_path):
     assert report.clips_visited == 5000
     during = [t for t in ticks if started < t < ended]
     assert len(during) >= 20, f"{len(during)} ticks in a merge of {ended - started:.2f} s"
+
+
+def test_the_stub_declares_what_the_module_defines():
+    stub = ast.parse((pathlib.Path(pellago.__file__).parent / "pellago.pyi").read_text())
+    declared = {
+        node.name if hasattr(node, "name") else node.target.id
+        for node in stub.body
+        if isinstance(node, (ast.ClassDef, ast.FunctionDef, ast.AnnAssign))
+    }
+    defined = {name for name in dir(pellago) if not name.startswith("_")} | {"__version__"}
+    assert declared == defined
+    for name in defined - {"__version__", "Error"}:
+        members = next(n for n in stub.body if getattr(n, "name", None) == name)
+        if isinstance(members, ast.ClassDef):
+            stubbed = {getattr(n, "name", None) or n.target.id for n in members.body
+                       if isinstance(n, (ast.FunctionDef, ast.AnnAssign))}
+            public = {m for m in vars(getattr(pellago, name)) if not m.startswith("_")}
+            assert public - {"name", "value"} <= stubbed, name
