@@ -9,8 +9,17 @@ function(roff_verbatim text result)
   set(${result} "${text}" PARENT_SCOPE)
 endfunction()
 
+# The commands are those `pellago --help` lists under "Subcommands:".
+execute_process(COMMAND ${PELLAGO} --help OUTPUT_VARIABLE main_help COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCH "\nSubcommands:\n(  [a-z][^\n]*\n)+" listed "${main_help}")
+string(REGEX MATCHALL "\n  [a-z]+" names "${listed}")
+if(NOT names)
+  message(FATAL_ERROR "pellago --help lists no subcommands")
+endif()
+
 set(commands "[COMMANDS]\n")
-foreach(command merge inspect frames)
+foreach(name ${names})
+  string(STRIP "${name}" command)
   execute_process(COMMAND ${PELLAGO} ${command} --help OUTPUT_VARIABLE help
                   COMMAND_ERROR_IS_FATAL ANY)
   roff_verbatim("${help}" help)

@@ -12,13 +12,14 @@ _pellago() {
   done
 
   if [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'merge inspect frames --help --version' -- "$cur"))
+    COMPREPLY=($(compgen -W 'merge inspect check frames --help --version' -- "$cur"))
     return
   fi
 
   if [[ $cur == -* ]]; then
     case $command in
-      merge) COMPREPLY=($(compgen -W '--quiet --help' -- "$cur")) ;;
+      merge) COMPREPLY=($(compgen -W '--quiet --strict --help' -- "$cur")) ;;
+      check) COMPREPLY=($(compgen -W '--json --changes --help' -- "$cur")) ;;
       *) COMPREPLY=($(compgen -W '--help' -- "$cur")) ;;
     esac
     return
@@ -31,8 +32,8 @@ _pellago() {
   done
 
   case $command:$position in
-    merge:0 | inspect:0) _filedir '@(xls|xlsx)' ;;
-    merge:1 | merge:2) _filedir xml ;;
+    merge:0 | inspect:0 | check:0) _filedir '@(xls|xlsx)' ;;
+    merge:1 | merge:2 | check:1) _filedir xml ;;
     frames:2) COMPREPLY=($(compgen -W 'DF NDF' -- "$cur")) ;;
   esac
 } && complete -F _pellago pellago
