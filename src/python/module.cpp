@@ -56,11 +56,7 @@ class ProgressCallback {
   explicit ProgressCallback(py::function function) : function_(std::move(function)) {}
 
   Progress callbacks() {
-    return {.set_indeterminate = {},
-            .set_double_value = [this](std::int64_t value) { done_ = value; },
-            .set_max_value = [this](std::int64_t total) { total_ = total; },
-            .increment_by = [this](std::int64_t step) { done_ += step; },
-            .display_if_needed = [this] { call(); }};
+    return counting_progress([this](std::int64_t done, std::int64_t total) { call(done, total); });
   }
 
   bool cancelled() const { return cancelled_; }
@@ -73,11 +69,11 @@ class ProgressCallback {
  private:
   // False from the callback, an exception from it, or a signal handler that raised (Ctrl-C) ends
   // the merge at its next cancellation point.
-  void call() {
+  void call(std::int64_t done, std::int64_t total) {
     if (cancelled_) return;
     py::gil_scoped_acquire gil;
     try {
-      const py::object answer = function_(done_, total_);
+      const py::object answer = function_(done, total);
       if (answer.ptr() == Py_False) cancelled_ = true;
       if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     } catch (...) {
@@ -87,8 +83,6 @@ class ProgressCallback {
   }
 
   py::function function_;
-  std::int64_t done_ = 0;
-  std::int64_t total_ = 0;
   bool cancelled_ = false;
   std::exception_ptr raised_;
 };
