@@ -12,7 +12,7 @@ _pellago() {
   done
 
   if [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'merge inspect check frames --help --version' -- "$cur"))
+    COMPREPLY=($(compgen -W 'merge inspect check export frames --help --version' -- "$cur"))
     return
   fi
 
@@ -20,6 +20,7 @@ _pellago() {
     case $command in
       merge) COMPREPLY=($(compgen -W '--quiet --strict --help' -- "$cur")) ;;
       check) COMPREPLY=($(compgen -W '--json --changes --help' -- "$cur")) ;;
+      export) COMPREPLY=($(compgen -W '--force --help' -- "$cur")) ;;
       *) COMPREPLY=($(compgen -W '--help' -- "$cur")) ;;
     esac
     return
@@ -33,7 +34,8 @@ _pellago() {
 
   case $command:$position in
     merge:0 | inspect:0 | check:0) _filedir '@(xls|xlsx)' ;;
-    merge:1 | merge:2 | check:1) _filedir xml ;;
+    merge:1 | merge:2 | check:1 | export:0) _filedir xml ;;
+    export:1) _filedir xlsx ;;
     frames:2) COMPREPLY=($(compgen -W 'DF NDF' -- "$cur")) ;;
   esac
 } && complete -F _pellago pellago
