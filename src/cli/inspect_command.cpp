@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "error.hpp"
 #include "merge/cell_text.hpp"
 #include "merge/log_sheet.hpp"
+#include "merge/log_sheet_file.hpp"
 #include "workbook/workbook.hpp"
 
 namespace pellago::cli {
@@ -20,8 +22,6 @@ namespace pellago::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr int kFirstDataRow = 2;
 
 // A header as JSON: text a string, a number a number, a truth value true or false, empty null; a
 // date or time, which JSON has no type for, an object that names its kind:
@@ -76,7 +76,7 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
       fmt::format("{{\n  \"headers\": {},\n  \"rows\": [", dump_at_depth(header_list, 1)).c_str(),
       stdout);
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    const Json row = row_json(rows[i], kFirstDataRow + static_cast<int>(i));
+    const Json row = row_json(rows[i], kFirstLogRow + static_cast<int>(i));
     std::fputs(fmt::format("{}\n    {}", i == 0 ? "" : ",", dump_at_depth(row, 2)).c_str(), stdout);
   }
   std::fputs(rows.empty() ? "]\n}\n" : "\n  ]\n}\n", stdout);
@@ -85,19 +85,11 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
   }
 }
 
-// Log row errors do not name the file; workbook errors already do.
-std::vector<LogRow> read_rows_of(const std::string& path, const Workbook& workbook,
-                                 const std::vector<Cell>& headers) {
-  try {
-    return read_log_rows(workbook, headers);
-  } catch (const Error& e) {
-    throw Error(fmt::format("{}: {}", path, e.what()), e.system_error);
-  }
-}
-
 int inspect_log_sheet(const std::string& path) {
-  const SheetKind kind = sheet_kind(path);
-  if (kind == SheetKind::not_a_log_sheet) {
+  // A closed pipe on standard output fails the write instead of killing the process.
+  std::signal(SIGPIPE, SIG_IGN);
+  const std::optional<LogSheet> sheet = read_log_sheet(path);
+  if (!sheet) {
     std::fputs(fmt::format("pellago: {} is not a log sheet: only files ending in .xls or .xlsx "
                            "(lower case) are read\n",
                            path)
@@ -105,12 +97,7 @@ int inspect_log_sheet(const std::string& path) {
                stderr);
     return kExitNotALogSheet;
   }
-  // A closed pipe on standard output fails the write instead of killing the process.
-  std::signal(SIGPIPE, SIG_IGN);
-  const Workbook workbook = open_workbook(path, kind);
-  const std::vector<Cell> headers = read_header_row(workbook);
-  const std::vector<LogRow> rows = read_rows_of(path, workbook, headers);
-  print_log_sheet_json(headers, rows);
+  print_log_sheet_json(sheet->headers, sheet->rows);
   return kExitOk;
 }
 

@@ -8,6 +8,7 @@
 
 #include "cli/commands.hpp"
 #include "error.hpp"
+#include "version.hpp"
 
 namespace {
 
@@ -27,6 +28,7 @@ int main(int argc, char** argv) {
       "pellago merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro "
       "XML document.\n\nRun 'pellago COMMAND --help' to learn about one command."};
   app.name("pellago");
+  app.set_version_flag("--version", fmt::format("pellago {}", pellago::kVersion));
   app.require_subcommand(1);
   app.failure_message(usage_message);
   app.footer(

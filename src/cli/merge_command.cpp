@@ -84,11 +84,7 @@ class ProgressBar {
   ~ProgressBar() { clear(); }
 
   Progress callbacks() {
-    return {.set_indeterminate = {},
-            .set_double_value = [this](std::int64_t value) { value_ = value; },
-            .set_max_value = [this](std::int64_t max) { max_ = max; },
-            .increment_by = [this](std::int64_t step) { value_ += step; },
-            .display_if_needed = [this] { draw(); }};
+    return counting_progress([this](std::int64_t done, std::int64_t total) { draw(done, total); });
   }
 
   void clear() {
@@ -102,14 +98,14 @@ class ProgressBar {
   static constexpr auto kInterval = std::chrono::milliseconds(100);
   static constexpr int kWidth = 30;
 
-  void draw() {
-    const std::int64_t percent = max_ > 0 ? value_ * 100 / max_ : 100;
+  void draw(std::int64_t done, std::int64_t total) {
+    const std::int64_t percent = total > 0 ? done * 100 / total : 100;
     const auto now = std::chrono::steady_clock::now();
-    const bool last = value_ >= max_;
+    const bool last = done >= total;
     if (percent == shown_percent_ || (!last && drawn_ && now - drawn_at_ < kInterval)) return;
     const auto filled = static_cast<std::size_t>(percent * kWidth / 100);
     std::fputs(fmt::format("\rmerging clips [{:#<{}}{:.<{}}] {:3}% {}/{}", "", filled, "",
-                           kWidth - filled, percent, value_, max_)
+                           kWidth - filled, percent, done, total)
                    .c_str(),
                stderr);
     std::fflush(stderr);
@@ -118,8 +114,6 @@ class ProgressBar {
     drawn_ = true;
   }
 
-  std::int64_t value_ = 0;
-  std::int64_t max_ = 0;
   std::int64_t shown_percent_ = -1;
   std::chrono::steady_clock::time_point drawn_at_;
   bool drawn_ = false;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "document/document.hpp"
 #include "error.hpp"
@@ -109,6 +110,20 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   }
   if (collector) collector->merge_finished(run.row_used);
   return {report, std::move(document)};
+}
+
+Progress counting_progress(std::function<void(std::int64_t, std::int64_t)> show) {
+  struct Counts {
+    std::int64_t done = 0;
+    std::int64_t total = 0;
+  };
+  auto counts = std::make_shared<Counts>();
+  return {
+      .set_indeterminate = {},
+      .set_double_value = [counts](std::int64_t value) { counts->done = value; },
+      .set_max_value = [counts](std::int64_t total) { counts->total = total; },
+      .increment_by = [counts](std::int64_t step) { counts->done += step; },
+      .display_if_needed = [counts, show = std::move(show)] { show(counts->done, counts->total); }};
 }
 
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,

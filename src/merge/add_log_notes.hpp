@@ -23,6 +23,10 @@ struct Progress {
   std::function<void()> display_if_needed;
 };
 
+// A progress bar that only counts clips: show(done, total) is called wherever the bar would be
+// shown, so once before the first clip (done 0) and then after every clip.
+Progress counting_progress(std::function<void(std::int64_t done, std::int64_t total)> show);
+
 // What the engine gives to and takes from the application that runs it.
 struct Host {
   // Receives the raw header row once the workbook is open and row 1 is read, before the XML is.

@@ -93,6 +93,7 @@ class ModuleLoadingTest < Minitest::Test
     state = load_module(home: home)
     assert_nil state[:error]
     assert_equal true, state[:libxml2_flag]
+    assert_equal "pellago #{state[:version]}\n", `#{CLI} --version`, "the program's version"
     assert_equal FRAME_RATES_INSPECTED, state[:frame_rates].inspect
     assert_equal "#{home}/Library/Application Support/Tarnwick/Pellago.xml", state[:temp_xml_file]
     assert File.directory?(File.join(home, MAKER_FOLDER))
