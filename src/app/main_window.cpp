@@ -172,7 +172,7 @@ void MainWindow::build_menus() {
   file->addSeparator();
   QAction* merge_action = file->addAction(tr("&Merge"), this, &MainWindow::merge);
   merge_action->setShortcut(QKeySequence(tr("Ctrl+Return")));
-  QAction* show = file->addAction(tr("Show in &Folder"), this, &MainWindow::show_in_folder);
+  QAction* show = file->addAction(tr("Show in F&older"), this, &MainWindow::show_in_folder);
   show->setShortcut(QKeySequence(tr("Ctrl+Shift+F")));
   file->addSeparator();
   QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
@@ -272,7 +272,7 @@ QWidget* MainWindow::build_merge_bar() {
   progress_->setValue(0);
   progress_->setFormat(tr("%v of %m clips"));
   progress_->setTextVisible(false);
-  show_button_ = new QPushButton(tr("Show in &Folder"));
+  show_button_ = new QPushButton(tr("Show in F&older"));
   show_button_->setObjectName(QStringLiteral("showInFolder"));
   show_button_->setEnabled(false);
   cancel_button_ = new QPushButton(tr("&Cancel"));
