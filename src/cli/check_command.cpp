@@ -7,6 +7,7 @@
 
 #include "cli/commands.hpp"
 #include "merge/check.hpp"
+#include "merge/messages.hpp"
 
 namespace pellago::cli {
 
@@ -168,10 +169,7 @@ int run_check(const CheckArguments& arguments) {
   const CheckReport report =
       check(arguments.sheet, arguments.xml, CheckOptions{.changes = arguments.changes});
   if (report.merge.outcome == Outcome::not_a_log_sheet) {
-    print(fmt::format("pellago: {} is not a log sheet: pellago reads Excel workbooks whose name "
-                      "ends in .xls or .xlsx\n",
-                      arguments.sheet),
-          stderr);
+    print(fmt::format("pellago: {}\n", not_a_log_sheet_message(arguments.sheet)), stderr);
     return kExitNotALogSheet;
   }
   if (arguments.json) {

@@ -3,11 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
-#include <new>
 #include <string>
 
 #include "cli/commands.hpp"
 #include "error.hpp"
+#include "merge/messages.hpp"
 #include "version.hpp"
 
 namespace {
@@ -45,14 +45,8 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? kExitOk : kExitUsage;
-  } catch (const pellago::Error& e) {
-    std::fputs(fmt::format("pellago: {}\n", e.what()).c_str(), stderr);
-    return kExitError;
-  } catch (const std::bad_alloc&) {
-    std::fputs("pellago: out of memory; nothing was written\n", stderr);
-    return kExitError;
   } catch (const std::exception& e) {
-    std::fputs(fmt::format("pellago: {}; nothing was written\n", e.what()).c_str(), stderr);
+    std::fputs(fmt::format("pellago: {}\n", pellago::failure_message(e)).c_str(), stderr);
     return kExitError;
   }
   return status;

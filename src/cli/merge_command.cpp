@@ -9,6 +9,7 @@
 
 #include "cli/commands.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/messages.hpp"
 #include "merge/output_file.hpp"
 
 namespace pellago::cli {
@@ -140,12 +141,7 @@ std::string summary(const MergeReport& report, const MergeOptions& options) {
 
 void warn_recovered(const RecoveredErrors& errors, const std::string& xml) {
   if (errors.count == 0) return;
-  std::fputs(
-      fmt::format("pellago: warning: {} is not well-formed XML: line {}, column {}: {}; "
-                  "merged what could be recovered ({})\n",
-                  xml, errors.line, errors.column, errors.message, counted(errors.count, "error"))
-          .c_str(),
-      stderr);
+  std::fputs(fmt::format("pellago: warning: {}\n", recovered_warning(errors, xml)).c_str(), stderr);
 }
 
 int run_merge(const MergeOptions& options) {
@@ -161,10 +157,7 @@ int run_merge(const MergeOptions& options) {
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
   if (bar) bar->clear();
   if (report.outcome == Outcome::not_a_log_sheet) {
-    std::fputs(fmt::format("pellago: {} is not a log sheet: pellago reads Excel workbooks whose "
-                           "name ends in .xls or .xlsx\n",
-                           options.sheet)
-                   .c_str(),
+    std::fputs(fmt::format("pellago: {}\n", not_a_log_sheet_message(options.sheet)).c_str(),
                stderr);
     return kExitNotALogSheet;
   }

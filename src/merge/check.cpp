@@ -36,7 +36,7 @@ std::string_view change_kind_name(ChangeKind kind) {
 CheckReport check(const std::string& sheet_path, const std::string& xml_path,
                   const CheckOptions& options) {
   CheckReport report;
-  MergeCollector collector(report, options.changes);
+  MergeCollector collector(report, options);
   try {
     report.merge = merge_document(sheet_path, xml_path, {}, &collector).report;
   } catch (const Error& error) {

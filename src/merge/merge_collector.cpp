@@ -212,6 +212,12 @@ void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell
   workbook_ = &workbook;
   headers_ = headers;
   rows_ = &rows;
+  if (options_.sheet) {
+    SheetAsRead& sheet = report_.sheet.emplace();
+    sheet.headers = headers;
+    sheet.rows.reserve(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) sheet.rows.push_back({sheet_row(i), rows[i], {}});
+  }
   check_headers();
 }
 
@@ -259,7 +265,7 @@ void MergeCollector::check_headers() {
 }
 
 void MergeCollector::document_read(const Document& document) {
-  if (changes_) document.observe(this);
+  if (options_.changes) document.observe(this);
 }
 
 void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) {
@@ -267,6 +273,9 @@ void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) 
   clips_.push_back(clip);
   if (match.rows.empty()) return;
   clips_by_name_[match.name].push_back(clip);
+  if (report_.sheet) {
+    for (std::size_t row : match.rows) report_.sheet->rows[row].clips.push_back(clip);
+  }
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
     add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
         fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "

@@ -21,7 +21,8 @@ namespace pellago {
 // document changes it observes) into a CheckReport. Each call comes from the driver at the named
 // point of the merge; the collector never changes what the merge does.
 struct MergeCollector final : EditObserver {
-  MergeCollector(CheckReport& report, bool changes) : report_(report), changes_(changes) {}
+  MergeCollector(CheckReport& report, const CheckOptions& options)
+      : report_(report), options_(options) {}
 
   // The sheet is read; the workbook stays open until the merge ends.
   void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
@@ -63,7 +64,7 @@ struct MergeCollector final : EditObserver {
   void record_copies(const ClipMatch& match);
 
   CheckReport& report_;
-  bool changes_;
+  CheckOptions options_;
   const Workbook* workbook_ = nullptr;
   std::vector<Cell> headers_;
   const std::vector<LogRow>* rows_ = nullptr;

@@ -129,7 +129,7 @@ void add_named_values(py::enum_<Enum>& type, Enum last, Name name) {
 }
 
 // One data row of a sheet, as Python sees it.
-struct SheetRow {
+struct PySheetRow {
   int number = 0;    // the row number in the worksheet
   py::dict fields;   // ordinary column header -> cell text
   py::list markers;  // of MarkerEntry
@@ -167,7 +167,7 @@ Sheet sheet_for_python(const LogSheet& log_sheet) {
   for (const Cell& header : log_sheet.headers) sheet.headers.append(header_value(header));
   int number = kFirstLogRow;
   for (const LogRow& row : log_sheet.rows) {
-    SheetRow entry{.number = number++, .fields = py::dict(), .markers = py::list()};
+    PySheetRow entry{.number = number++, .fields = py::dict(), .markers = py::list()};
     for (std::size_t i = 0; i < row.headers->size(); ++i) {
       entry.fields[py::str((*row.headers)[i])] = py::str(row.value(i));
     }
@@ -229,7 +229,7 @@ std::string repr(const MarkerEntry& marker) {
       .cast<std::string>();
 }
 
-std::string repr(const SheetRow& row) {
+std::string repr(const PySheetRow& row) {
   return py::str("SheetRow(number={}, fields={!r}, markers={!r})")
       .format(row.number, row.fields, row.markers)
       .cast<std::string>();
@@ -417,14 +417,14 @@ PYBIND11_MODULE(pellago, module) {
       .def_readonly("color", &MarkerEntry::color, "Lower-cased; None without the column.")
       .def("__repr__", [](const MarkerEntry& marker) { return repr(marker); });
 
-  py::class_<SheetRow>(module, "SheetRow", "A data row of a log sheet.")
-      .def_readonly("number", &SheetRow::number, "The row number in the worksheet (from 2).")
-      .def_readonly("fields", &SheetRow::fields,
+  py::class_<PySheetRow>(module, "SheetRow", "A data row of a log sheet.")
+      .def_readonly("number", &PySheetRow::number, "The row number in the worksheet (from 2).")
+      .def_readonly("fields", &PySheetRow::fields,
                     "Ordinary column header -> cell text (numbers as \"12.0\"); with duplicate "
                     "headers the right-hand column.")
-      .def_readonly("markers", &SheetRow::markers,
+      .def_readonly("markers", &PySheetRow::markers,
                     "One Marker per marker column group whose timecode cell is not empty.")
-      .def("__repr__", [](const SheetRow& row) { return repr(row); });
+      .def("__repr__", [](const PySheetRow& row) { return repr(row); });
 
   py::class_<Sheet>(module, "Sheet", "A log sheet as the merge reads it.")
       .def_readonly("headers", &Sheet::headers, "Row 1 as it is: str, float or None per column.")
