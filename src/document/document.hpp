@@ -18,8 +18,11 @@ struct Fragment;
 //
 // Selectors (first, all): a name, or names joined by "/" ("rate/timebase"), matches every element
 // at any depth below this one (never this one) that ends such a chain of parent-to-child steps,
-// like the XPath ".//rate/timebase"; results in document order. A selector that starts with "/",
-// "./" or "..", or is ".", is an XPath expression evaluated with this element as context node.
+// like the XPath ".//rate/timebase"; results in document order. The chain may end in a condition
+// on a child element's text, `[name="value"]` or `[name='value']`, kept as in XPath
+// ("timecode[source=\"aux1\"]": a timecode with a source child whose text is aux1). A selector
+// that starts with "/", "./" or "..", or is ".", is an XPath expression evaluated with this
+// element as context node.
 class Element {
  public:
   Element() = default;
