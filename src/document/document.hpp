@@ -63,6 +63,13 @@ class Element {
   Element insert_after(const Fragment& fragment) const;
   Element append_child(const Fragment& fragment) const;
 
+  // Building in place, in this element's document: a new element (no namespace or attributes)
+  // holding `text` as its one text node (no children for the empty text), as the last child, or
+  // as the next sibling; and a new text node as the last child. Each returns what it made.
+  Element append_element(std::string_view name, std::string_view text = {}) const;
+  Element insert_element_after(std::string_view name, std::string_view text = {}) const;
+  void append_text(std::string_view text) const;
+
   // Detaches the element with its subtree; it stays a valid, unattached element of its document.
   void remove() const;
   // A deep copy (attributes and descendants), unattached, in the same document.

@@ -65,6 +65,30 @@ xmlNodePtr link(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr prev, xmlNodePtr 
   return node;
 }
 
+xmlNodePtr new_text(xmlDocPtr doc, std::string_view text) {
+  xmlNodePtr node = xmlNewDocTextLen(doc, reinterpret_cast<const xmlChar*>(text.data()),
+                                     static_cast<int>(text.size()));
+  if (!node) throw Error("cannot create a text node: out of memory");
+  return node;
+}
+
+// A new element holding `text` (nothing for the empty text), not yet linked anywhere.
+xmlNodePtr new_element(xmlDocPtr doc, std::string_view name, std::string_view text) {
+  const std::string name_text(name);
+  xmlNodePtr node =
+      xmlNewDocNode(doc, nullptr, reinterpret_cast<const xmlChar*>(name_text.c_str()), nullptr);
+  if (!node) throw Error(fmt::format("cannot create the element <{}>: out of memory", name));
+  if (!text.empty()) {
+    try {
+      link(new_text(doc, text), node, nullptr, nullptr);
+    } catch (...) {
+      xmlFreeNode(node);
+      throw;
+    }
+  }
+  return node;
+}
+
 }  // namespace
 
 std::string Element::name() const {
@@ -101,11 +125,7 @@ void Element::set_text(std::string_view text) const {
     xmlUnlinkNode(child);
     track_unattached(child);
   }
-  if (text.empty()) return;
-  xmlNodePtr node = xmlNewDocTextLen(node_->doc, reinterpret_cast<const xmlChar*>(text.data()),
-                                     static_cast<int>(text.size()));
-  if (!node) throw Error("cannot set the text of an element: out of memory");
-  link(node, node_, nullptr, nullptr);
+  if (!text.empty()) link(new_text(node_->doc, text), node_, nullptr, nullptr);
 }
 
 std::optional<std::string> Element::attribute(const char* name) const {
@@ -169,6 +189,21 @@ Element Element::append_child(const Fragment& fragment) const {
     if (!first) first = appended;
   }
   return first;
+}
+
+Element Element::append_element(std::string_view name, std::string_view text) const {
+  require(node_, "append to an element");
+  return Element(link(new_element(node_->doc, name, text), node_, node_->last, nullptr));
+}
+
+Element Element::insert_element_after(std::string_view name, std::string_view text) const {
+  xmlNodePtr parent = require_parent(require(node_, "insert after an element"));
+  return Element(link(new_element(node_->doc, name, text), parent, node_, node_->next));
+}
+
+void Element::append_text(std::string_view text) const {
+  require(node_, "append to an element");
+  link(new_text(node_->doc, text), node_, node_->last, nullptr);
 }
 
 void Element::remove() const {
