@@ -131,6 +131,7 @@ int run_merge(const MergeOptions& options) {
   std::signal(SIGXFSZ, SIG_IGN);
   std::optional<ProgressBar> bar;
   Host host;
+  host.keep_document_until_exit = true;
   if (!options.quiet && isatty(STDERR_FILENO)) host.progress = bar.emplace().callbacks();
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);

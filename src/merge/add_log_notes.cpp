@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <mutex>
 
 #include "document/document.hpp"
 #include "error.hpp"
@@ -50,6 +51,14 @@ std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
   return unmatched;
 }
 
+// Keeps the document, reachable, until the process ends.
+void keep_until_exit(Document document) {
+  static std::mutex mutex;
+  static auto* kept = new std::vector<Document>;
+  const std::lock_guard lock(mutex);
+  kept->push_back(std::move(document));
+}
+
 std::string with_final_line_feed(std::string text) {
   if (text.empty() || text.back() != '\n') text += '\n';
   return text;
@@ -81,6 +90,7 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
 
   write_file_replacing(output_path, with_final_line_feed(document.write()));
+  if (host.keep_document_until_exit) keep_until_exit(std::move(document));
   return report;
 }
 
