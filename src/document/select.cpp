@@ -4,6 +4,7 @@
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
+#include <cstring>
 #include <memory>
 #include <optional>
 
@@ -73,9 +74,11 @@ std::optional<ChainSelector> chain_selector(std::string_view selector) {
   return chain;
 }
 
+// Compares without measuring the node's name first: most names differ in their first letter.
 bool is_element_named(xmlNodePtr node, std::string_view name) {
-  return node->type == XML_ELEMENT_NODE && node->ns == nullptr &&
-         name == reinterpret_cast<const char*>(node->name);
+  if (node->type != XML_ELEMENT_NODE || node->ns != nullptr) return false;
+  const char* own = reinterpret_cast<const char*>(node->name);
+  return std::strncmp(own, name.data(), name.size()) == 0 && own[name.size()] == '\0';
 }
 
 // Whether `node` (strictly below `context`) ends the chain: its name is the last one, its parent's
