@@ -74,10 +74,10 @@ constexpr const char* kClip = R"(				<clip id="{0}">
 				</clip>
 )";
 
-constexpr const char* kClipAudio = R"(
-						<audio>
+// An audio track of a master clip: {0} the clip, {1} the track's number, {2} its item's number.
+constexpr const char* kClipAudioTrack = R"(
 							<track>
-								<clipitem id="{0}2">
+								<clipitem id="{0}{2}">
 									<name>{0}</name>
 									<duration>1500</duration>
 									<in>-1</in>
@@ -88,27 +88,16 @@ constexpr const char* kClipAudio = R"(
 									<file id="{0}.mov"/>
 									<sourcetrack>
 										<mediatype>audio</mediatype>
-										<trackindex>1</trackindex>
+										<trackindex>{1}</trackindex>
 									</sourcetrack>
 								</clipitem>
-							</track>
-							<track>
-								<clipitem id="{0}3">
-									<name>{0}</name>
-									<duration>1500</duration>
-									<in>-1</in>
-									<out>-1</out>
-									<start>-1</start>
-									<end>-1</end>
-									<masterclipid>{0}</masterclipid>
-									<file id="{0}.mov"/>
-									<sourcetrack>
-										<mediatype>audio</mediatype>
-										<trackindex>2</trackindex>
-									</sourcetrack>
-								</clipitem>
-							</track>
-						</audio>)";
+							</track>)";
+
+std::string clip_audio(const std::string& name) {
+  return fmt::format("\n\t\t\t\t\t\t<audio>{}{}\n\t\t\t\t\t\t</audio>",
+                     fmt::format(kClipAudioTrack, name, 1, 2),
+                     fmt::format(kClipAudioTrack, name, 2, 3));
+}
 
 // One clip item of a sequence track: {0} the clip, {1} the item's id, {2} its start in the
 // sequence, {3} its end, {4} the media type, {5} the source track, {6} and {7} the linked items.
@@ -183,7 +172,7 @@ void write_project(const std::string& path, int clips, bool tracks) {
                          clip / kClipsPerBin + 1);
     }
     const std::string name = clip_name(clip);
-    out << fmt::format(kClip, name, clip, tracks ? fmt::format(kClipAudio, name) : "");
+    out << fmt::format(kClip, name, clip, tracks ? clip_audio(name) : "");
     if (clip % kClipsPerBin == kClipsPerBin - 1 || clip == clips - 1) {
       if (tracks) write_sequence(out, bin_start, clip + 1);
       out << "\t\t\t</children>\n\t\t</bin>\n";
