@@ -1,6 +1,9 @@
 #include <fmt/format.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -35,20 +38,43 @@ Json marker_json(const MarkerEntry& marker) {
 
 Json row_json(const LogRow& row, int row_number) {
   Json fields = Json::object();
-  for (std::size_t i = 0; i < row.headers->size(); ++i) fields[(*row.headers)[i]] = row.values[i];
+  for (std::size_t i = 0; i < row.headers->size(); ++i) fields[(*row.headers)[i]] = row.value(i);
   Json markers = Json::array();
   for (const MarkerEntry& marker : row.markers) markers.push_back(marker_json(marker));
   return {{"row", row_number}, {"fields", std::move(fields)}, {"markers", std::move(markers)}};
 }
 
-Json log_sheet_json(const std::vector<Cell>& headers, const std::vector<LogRow>& rows) {
+// `json` as dump(2) writes it at `depth` levels of nesting: every line after the first indented.
+std::string dump_at_depth(const Json& json, int depth) {
+  const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace);
+  const std::string line_start = "\n" + std::string(2 * static_cast<std::size_t>(depth), ' ');
+  std::string indented;
+  indented.reserve(text.size());
+  for (const char c : text) {
+    if (c == '\n') {
+      indented += line_start;
+    } else {
+      indented += c;
+    }
+  }
+  return indented;
+}
+
+// The JSON of the whole sheet, written a row at a time: memory stays that of one row's JSON.
+void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<LogRow>& rows) {
   Json header_list = Json::array();
   for (const Cell& header : headers) header_list.push_back(header_json(header));
-  Json row_list = Json::array();
+  std::fputs(
+      fmt::format("{{\n  \"headers\": {},\n  \"rows\": [", dump_at_depth(header_list, 1)).c_str(),
+      stdout);
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    row_list.push_back(row_json(rows[i], kFirstDataRow + static_cast<int>(i)));
+    const Json row = row_json(rows[i], kFirstDataRow + static_cast<int>(i));
+    std::fputs(fmt::format("{}\n    {}", i == 0 ? "" : ",", dump_at_depth(row, 2)).c_str(), stdout);
   }
-  return {{"headers", std::move(header_list)}, {"rows", std::move(row_list)}};
+  std::fputs(rows.empty() ? "]\n}\n" : "\n  ]\n}\n", stdout);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    throw Error(fmt::format("cannot write standard output: {}", std::strerror(errno)), errno);
+  }
 }
 
 // Log row errors do not name the file; workbook errors already do.
@@ -71,12 +97,12 @@ int inspect_log_sheet(const std::string& path) {
                stderr);
     return kExitNotALogSheet;
   }
+  // A closed pipe on standard output fails the write instead of killing the process.
+  std::signal(SIGPIPE, SIG_IGN);
   const Workbook workbook = open_workbook(path, kind);
   const std::vector<Cell> headers = read_header_row(workbook);
   const std::vector<LogRow> rows = read_rows_of(path, workbook, headers);
-  const std::string json =
-      log_sheet_json(headers, rows).dump(2, ' ', false, Json::error_handler_t::replace);
-  std::fputs((json + "\n").c_str(), stdout);
+  print_log_sheet_json(headers, rows);
   return kExitOk;
 }
 

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <exception>
+#include <new>
 #include <string>
 
 #include "cli/commands.hpp"
@@ -33,6 +35,7 @@ int main(int argc, char** argv) {
   int status = kExitOk;
   add_merge_command(app, status);
   add_inspect_command(app, status);
+  add_check_command(app, status);
   add_frames_command(app, status);
 
   try {
@@ -41,6 +44,12 @@ int main(int argc, char** argv) {
     return app.exit(e) == 0 ? kExitOk : kExitUsage;
   } catch (const pellago::Error& e) {
     std::fputs(fmt::format("pellago: {}\n", e.what()).c_str(), stderr);
+    return kExitError;
+  } catch (const std::bad_alloc&) {
+    std::fputs("pellago: out of memory; nothing was written\n", stderr);
+    return kExitError;
+  } catch (const std::exception& e) {
+    std::fputs(fmt::format("pellago: {}; nothing was written\n", e.what()).c_str(), stderr);
     return kExitError;
   }
   return status;

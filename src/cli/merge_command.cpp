@@ -9,6 +9,7 @@
 
 #include "cli/commands.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/output_file.hpp"
 
 namespace pellago::cli {
 
@@ -49,7 +50,16 @@ down only gets its In/Out clearing and subclip copies).
 
 Every <updatebehavior> of the document becomes "replaceoradd". OUTPUT may be
 XML itself; it is replaced only once the whole merge has succeeded, and is
-left as it was on any error.
+left as it was on any error. OUTPUT - writes to standard output (the summary
+then goes to standard error). An OUTPUT that exists and is not a regular file
+(a device, a FIFO), or that is SHEET itself, is refused.
+
+An XML document that is not well-formed is merged as far as it can be read:
+a warning names the first error's line and column, and clips after it may be
+missing. --strict refuses such a document instead.
+
+A text that XML 1.0 cannot hold (a control character, U+FFFE, U+FFFF) ends
+the merge with an error naming the sheet row, the column and the character.
 )";
 
 constexpr const char* kFooter =
@@ -61,6 +71,7 @@ struct MergeOptions {
   std::string xml;
   std::string output;
   bool quiet = false;
+  bool strict = false;
 };
 
 // A one-line bar on stderr, redrawn at most every tenth of a second and only when its percentage
@@ -118,20 +129,40 @@ std::string counted(std::size_t count, std::string_view noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
-std::string summary(const MergeReport& report, const std::string& output) {
-  return fmt::format("merged {} ({} changed, {} made, {} added); {} matched no clip; wrote {}",
-                     counted(report.clips_visited, "clip"), report.clips_changed,
-                     counted(report.subclips_made, "subclip"),
-                     counted(report.markers_added, "marker"),
-                     counted(report.rows_unmatched, "sheet row"), output);
+std::string summary(const MergeReport& report, const MergeOptions& options) {
+  std::string text =
+      fmt::format("merged {} ({} changed, {} made, {} added); {} matched no clip; wrote {}",
+                  counted(report.clips_visited, "clip"), report.clips_changed,
+                  counted(report.subclips_made, "subclip"), counted(report.markers_added, "marker"),
+                  counted(report.rows_unmatched, "sheet row"),
+                  options.output == kStandardOutput ? "standard output" : options.output);
+  if (report.recovered.count > 0) {
+    text += fmt::format("; clips after line {} of {} may be missing", report.recovered.line,
+                        options.xml);
+  }
+  if (report.rows_unmatched > 0) text += "; run 'pellago check' to see why";
+  return text;
+}
+
+void warn_recovered(const RecoveredErrors& errors, const std::string& xml) {
+  if (errors.count == 0) return;
+  std::fputs(
+      fmt::format("pellago: warning: {} is not well-formed XML: line {}, column {}: {}; "
+                  "merged what could be recovered ({})\n",
+                  xml, errors.line, errors.column, errors.message, counted(errors.count, "error"))
+          .c_str(),
+      stderr);
 }
 
 int run_merge(const MergeOptions& options) {
-  // A file size limit must make write() fail (and the merge with it), not kill the process.
+  // A file size limit, or a closed pipe on standard output, must make write() fail (and the merge
+  // with it), not kill the process.
   std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
   std::optional<ProgressBar> bar;
   Host host;
   host.keep_document_until_exit = true;
+  host.strict = options.strict;
   if (!options.quiet && isatty(STDERR_FILENO)) host.progress = bar.emplace().callbacks();
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
@@ -144,7 +175,10 @@ int run_merge(const MergeOptions& options) {
                stderr);
     return kExitNotALogSheet;
   }
-  std::fputs(fmt::format("{}\n", summary(report, options.output)).c_str(), stdout);
+  warn_recovered(report.recovered, options.xml);
+  // The document itself may be going to standard output: the summary then goes to stderr.
+  std::fputs(fmt::format("{}\n", summary(report, options)).c_str(),
+             options.output == kStandardOutput ? stderr : stdout);
   return kExitOk;
 }
 
@@ -160,6 +194,9 @@ void add_merge_command(CLI::App& app, int& status) {
       ->required();
   merge->add_option("OUTPUT", options->output, "Where to write the merged document")->required();
   merge->add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+  merge->add_flag("--strict", options->strict,
+                  "Refuse an XML document that is not well-formed instead of merging what can be "
+                  "recovered from it");
   merge->callback([options, &status] { status = run_merge(*options); });
 }
 

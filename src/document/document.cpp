@@ -1,16 +1,20 @@
 #include "document/document.hpp"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <libxml/parser.h>
 #include <libxml/xmlsave.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstring>
+#include <exception>
 
+#include "document/libxml_errors.hpp"
 #include "document/select.hpp"
 #include "document/unattached_nodes.hpp"
+#include "document/xml_text.hpp"
 #include "error.hpp"
 
 namespace pellago {
@@ -18,51 +22,152 @@ namespace pellago {
 namespace {
 
 // Recovering, no network; blank text nodes kept and entities not substituted (the defaults). The
-// parser's messages are not printed: a recovered error is not a failure.
+// parser's messages are collected, never printed: a recovered error is not a failure.
 constexpr int kParseOptions =
     XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-std::string read_file(const std::string& path) {
-  auto fail = [&path](int error) -> Error {
-    return Error(fmt::format("cannot read \"{}\": {}", path, std::strerror(error)), error);
-  };
-  std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-  if (!file) throw fail(errno);
-  std::string data;
-  char chunk[1 << 16];
-  while (std::size_t count = std::fread(chunk, 1, sizeof chunk, file.get())) {
-    data.append(chunk, count);
-  }
-  if (std::ferror(file.get())) throw fail(errno);
-  return data;
-}
 
 struct ParserContextDeleter {
   void operator()(xmlParserCtxtPtr context) const { xmlFreeParserCtxt(context); }
 };
 
-// `what` names the input in messages; `url` is the document's base URL (null for a string).
-xmlDocPtr parse_memory(std::string_view markup, const char* url, const std::string& what) {
-  if (markup.size() > INT_MAX) throw Error(fmt::format("cannot parse {}: it is too large", what));
-  std::unique_ptr<xmlParserCtxt, ParserContextDeleter> context(xmlNewParserCtxt());
+using ParserContext = std::unique_ptr<xmlParserCtxt, ParserContextDeleter>;
+
+ParserContext new_parser_context(const std::string& what) {
+  ParserContext context(xmlNewParserCtxt());
   if (!context) throw Error(fmt::format("cannot parse {}: out of memory", what));
-  xmlDocPtr doc = xmlCtxtReadMemory(context.get(), markup.data(), static_cast<int>(markup.size()),
-                                    url, nullptr, kParseOptions);
-  if (!doc) {
-    std::string reason = context->lastError.message ? context->lastError.message : "no document";
-    while (!reason.empty() && (reason.back() == '\n' || reason.back() == ' ')) reason.pop_back();
-    throw Error(fmt::format("cannot parse {} as XML: {}", what, reason));
-  }
-  return doc;
+  return context;
 }
 
-struct BufferDeleter {
-  void operator()(xmlBufferPtr buffer) const { xmlBufferFree(buffer); }
+// The document libxml2 built, or Error saying why there is none.
+xmlDocPtr require_document(xmlDocPtr doc, const RecoveredErrors& errors, const std::string& what) {
+  if (doc) return doc;
+  throw Error(fmt::format("cannot parse {} as XML: {}", what,
+                          errors.message.empty() ? "no document" : errors.message));
+}
+
+// `what` names the input in messages.
+xmlDocPtr parse_memory(std::string_view markup, const std::string& what, RecoveredErrors& errors) {
+  if (markup.size() > INT_MAX) throw Error(fmt::format("cannot parse {}: it is too large", what));
+  ParserContext context = new_parser_context(what);
+  const LibxmlErrors collecting(&errors);
+  return require_document(
+      xmlCtxtReadMemory(context.get(), markup.data(), static_cast<int>(markup.size()), nullptr,
+                        nullptr, kParseOptions),
+      errors, what);
+}
+
+// A file open for libxml2 to read in chunks; a failed read keeps its errno. Closed at the end.
+struct FileInput {
+  explicit FileInput(const std::string& path) : fd(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  FileInput(const FileInput&) = delete;
+  FileInput& operator=(const FileInput&) = delete;
+  ~FileInput() {
+    if (fd >= 0) close(fd);
+  }
+
+  static int read(void* context, char* buffer, int length) {
+    auto* input = static_cast<FileInput*>(context);
+    for (;;) {
+      const ssize_t count = ::read(input->fd, buffer, static_cast<std::size_t>(length));
+      if (count >= 0) return static_cast<int>(count);
+      if (errno != EINTR) {
+        input->error = errno;
+        return -1;
+      }
+    }
+  }
+
+  int fd;
+  int error = 0;
 };
+
+xmlDocPtr parse_path(const std::string& path, RecoveredErrors& errors) {
+  auto fail = [&path](int error) -> Error {
+    return Error(fmt::format("cannot read \"{}\": {}", path, std::strerror(error)), error);
+  };
+  FileInput input(path);
+  if (input.fd < 0) throw fail(errno);
+  const std::string what = fmt::format("\"{}\"", path);
+  xmlDocPtr doc = nullptr;
+  {
+    ParserContext context = new_parser_context(what);
+    const LibxmlErrors collecting(&errors);
+    doc = xmlCtxtReadIO(context.get(), &FileInput::read, nullptr, &input, path.c_str(), nullptr,
+                        kParseOptions);
+  }
+  if (input.error != 0) {
+    xmlFreeDoc(doc);
+    throw fail(input.error);
+  }
+  return require_document(doc, errors, what);
+}
+
+// Hands libxml2's output to a sink; an exception from the sink is kept and stops the output.
+struct SinkOutput {
+  static int write(void* context, const char* buffer, int length) {
+    auto* output = static_cast<SinkOutput*>(context);
+    try {
+      output->sink(std::string_view(buffer, static_cast<std::size_t>(length)));
+      return length;
+    } catch (...) {
+      output->failure = std::current_exception();
+      return -1;
+    }
+  }
+
+  const std::function<void(std::string_view)>& sink;
+  std::exception_ptr failure;
+};
+
+// The content of a node that is written as it is: text, CDATA, comment, processing instruction.
+bool holds_written_content(xmlNodePtr node) {
+  switch (node->type) {
+    case XML_TEXT_NODE:
+    case XML_CDATA_SECTION_NODE:
+    case XML_COMMENT_NODE:
+    case XML_PI_NODE:
+      return node->content != nullptr;
+    default:
+      return false;
+  }
+}
+
+// Throws Error when the content of `node` holds what XML 1.0 cannot carry; `owner` names where.
+void require_xml_content(xmlNodePtr node, xmlNodePtr owner) {
+  if (!holds_written_content(node)) return;
+  const auto problem = text_xml_cannot_carry(reinterpret_cast<const char*>(node->content));
+  if (!problem) return;
+  throw Error(
+      fmt::format("cannot write the document: <{}> at line {} holds {}, which XML 1.0 "
+                  "cannot carry",
+                  owner ? reinterpret_cast<const char*>(owner->name) : "", node->line, *problem));
+}
+
+// Every text, attribute value, comment and processing instruction of the tree, checked before
+// any byte is written: libxml2 would copy what XML cannot carry into the output unchanged.
+void require_xml_tree(xmlDocPtr doc) {
+  xmlNodePtr node = doc->children;
+  while (node) {
+    require_xml_content(
+        node, node->parent && node->parent->type == XML_ELEMENT_NODE ? node->parent : nullptr);
+    if (node->type == XML_ELEMENT_NODE) {
+      for (xmlAttrPtr attribute = node->properties; attribute; attribute = attribute->next) {
+        for (xmlNodePtr value = attribute->children; value; value = value->next) {
+          require_xml_content(value, node);
+        }
+      }
+    }
+    if (node->type == XML_ELEMENT_NODE && node->children) {
+      node = node->children;
+      continue;
+    }
+    while (node && !node->next) {
+      node = node->parent;
+      if (node == reinterpret_cast<xmlNodePtr>(doc)) node = nullptr;
+    }
+    if (node) node = node->next;
+  }
+}
 
 }  // namespace
 
@@ -71,18 +176,28 @@ void Document::Deleter::operator()(xmlDocPtr doc) const noexcept {
   xmlFreeDoc(doc);
 }
 
-Document::Document(xmlDocPtr doc) : doc_(doc) { start_tracking_unattached(doc); }
+Document::Document(xmlDocPtr doc, RecoveredErrors recovered)
+    : doc_(doc), recovered_(std::move(recovered)) {
+  start_tracking_unattached(doc);
+}
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
 
 Document Document::parse_file(const std::string& path) {
-  const std::string markup = read_file(path);
-  return Document(parse_memory(markup, path.c_str(), fmt::format("\"{}\"", path)));
+  RecoveredErrors errors;
+  xmlDocPtr doc = parse_path(path, errors);
+  return Document(doc, std::move(errors));
 }
 
 Document Document::parse_string(std::string_view markup) {
-  return Document(parse_memory(markup, nullptr, "the markup"));
+  RecoveredErrors errors;
+  xmlDocPtr doc = parse_memory(markup, "the markup", errors);
+  return Document(doc, std::move(errors));
+}
+
+void Document::observe(EditObserver* observer) const noexcept {
+  set_observer(doc_.get(), observer);
 }
 
 Element Document::root() const { return Element(xmlDocGetRootElement(doc_.get())); }
@@ -111,22 +226,30 @@ Element Document::create_element(std::string_view name) {
   return Element(node);
 }
 
-std::string Document::write() const {
+void Document::write(const std::function<void(std::string_view)>& sink) const {
   const char* encoding = reinterpret_cast<const char*>(doc_->encoding);
-  std::unique_ptr<xmlBuffer, BufferDeleter> buffer(xmlBufferCreate());
-  xmlSaveCtxtPtr save =
-      buffer ? xmlSaveToBuffer(buffer.get(), encoding, XML_SAVE_FORMAT | XML_SAVE_AS_XML) : nullptr;
+  const std::string encoding_name = encoding ? encoding : "UTF-8";
+  require_xml_tree(doc_.get());
+  const LibxmlErrors quiet;
+  SinkOutput output{sink, nullptr};
+  xmlSaveCtxtPtr save = xmlSaveToIO(&SinkOutput::write, nullptr, &output, encoding,
+                                    XML_SAVE_FORMAT | XML_SAVE_AS_XML);
   if (!save) {
     throw Error(fmt::format("cannot write the document in its encoding \"{}\": no converter for it",
-                            encoding ? encoding : "UTF-8"));
+                            encoding_name));
   }
   const long saved = xmlSaveDoc(save, doc_.get());
-  if (xmlSaveClose(save) < 0 || saved < 0) {
-    throw Error(fmt::format("cannot write the document in its encoding \"{}\"",
-                            encoding ? encoding : "UTF-8"));
+  const int closed = xmlSaveClose(save);
+  if (output.failure) std::rethrow_exception(output.failure);
+  if (closed < 0 || saved < 0) {
+    throw Error(fmt::format("cannot write the document in its encoding \"{}\"", encoding_name));
   }
-  return std::string(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
-                     xmlBufferLength(buffer.get()));
+}
+
+std::string Document::write() const {
+  std::string text;
+  write([&text](std::string_view chunk) { text += chunk; });
+  return text;
 }
 
 Fragment Fragment::parse(std::string_view markup) {

@@ -2,15 +2,32 @@
 
 #include <libxml/tree.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "document/libxml_errors.hpp"
+
 namespace pellago {
 
 struct Fragment;
+class Element;
+
+// Told about each change made through Element to the tree of a document it observes
+// (Document::observe). Changes to unattached elements and to other documents are not told.
+struct EditObserver {
+  virtual ~EditObserver() = default;
+  // Before the change: the element still holds its old text or attribute value.
+  virtual void setting_text(Element element, std::string_view text) = 0;
+  virtual void setting_attribute(Element element, const char* name, std::string_view value) = 0;
+  // After a node (with its subtree) was linked into the tree.
+  virtual void inserted(Element node) = 0;
+  // Before a node is unlinked from the tree.
+  virtual void removing(Element node) = 0;
+};
 
 // A non-owning handle to an element of a Document: pointer-sized, free to copy, never frees
 // anything. An empty handle (no element) converts to false. Handles stay valid while the document
@@ -63,11 +80,12 @@ class Element {
   Element insert_after(const Fragment& fragment) const;
   Element append_child(const Fragment& fragment) const;
 
-  // Building in place, in this element's document: a new element (no namespace or attributes)
-  // holding `text` as its one text node (no children for the empty text), as the last child, or
-  // as the next sibling; and a new text node as the last child. Each returns what it made.
+  // Building: a new unattached element of this element's document (no namespace or attributes)
+  // holding `text` as its one text node (no children for the empty text); the same appended as
+  // the last child; a new text node appended as the last child. Each returns what it made. A
+  // subtree built unattached and then inserted reaches an observer as one insertion.
+  Element create_element(std::string_view name, std::string_view text = {}) const;
   Element append_element(std::string_view name, std::string_view text = {}) const;
-  Element insert_element_after(std::string_view name, std::string_view text = {}) const;
   void append_text(std::string_view text) const;
 
   // Detaches the element with its subtree; it stays a valid, unattached element of its document.
@@ -82,9 +100,10 @@ class Element {
 // Owns a parsed libxml2 tree and every node created for it or detached from it. Move-only.
 class Document {
  public:
-  // Recovering parse, no network, blank text kept, entities not substituted. A file that cannot
-  // be opened or read throws Error with its errno; so does input from which no document at all
-  // can be built.
+  // Recovering parse, no network, blank text kept, entities not substituted. A file is read in
+  // chunks while the tree is built. A file that cannot be opened or read throws Error with its
+  // errno; input from which no document at all can be built throws Error. What was repaired is
+  // in recovered_errors(); libxml2 prints nothing.
   static Document parse_file(const std::string& path);
   static Document parse_string(std::string_view markup);
 
@@ -93,6 +112,12 @@ class Document {
   ~Document();
 
   xmlDocPtr get() const noexcept { return doc_.get(); }
+  // The errors the parse recovered from; a count of 0 when the input was well-formed.
+  const RecoveredErrors& recovered_errors() const noexcept { return recovered_; }
+
+  // Reports every later change to the tree to `observer` (none: stop reporting). The observer
+  // must outlive the reporting; an unobserved document pays nothing for it.
+  void observe(EditObserver* observer) const noexcept;
   Element root() const;
 
   // Selectors as for Element, evaluated below the document node (the root element included).
@@ -105,15 +130,20 @@ class Document {
 
   // libxml2's standard formatted output of the whole document in the document's own encoding:
   // XML declaration, DOCTYPE, root element; indentation only inside elements holding no text node.
+  // The bytes go to `sink` in consecutive chunks as they are made; an exception from the sink
+  // stops the output and is rethrown. A text, attribute value or comment holding what XML 1.0
+  // cannot carry (a control character, bytes that are not UTF-8) throws Error before any output.
+  void write(const std::function<void(std::string_view)>& sink) const;
   std::string write() const;
 
  private:
   struct Deleter {
     void operator()(xmlDocPtr doc) const noexcept;
   };
-  explicit Document(xmlDocPtr doc);
+  Document(xmlDocPtr doc, RecoveredErrors recovered);
 
   std::unique_ptr<xmlDoc, Deleter> doc_;
+  RecoveredErrors recovered_;
 };
 
 // Markup parsed as the content of an otherwise empty root element of a private document; the

@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <libxml/entities.h>
 
 #include "document/document.hpp"
 #include "document/select.hpp"
@@ -89,6 +90,21 @@ xmlNodePtr new_element(xmlDocPtr doc, std::string_view name, std::string_view te
   return node;
 }
 
+// The observer of the node's document when the node is in that document's tree.
+EditObserver* observer_of_tree(xmlNodePtr node) {
+  EditObserver* observer = observer_of(node->doc);
+  if (!observer) return nullptr;
+  for (xmlNodePtr up = node; up; up = up->parent) {
+    if (up->type == XML_DOCUMENT_NODE) return observer;
+  }
+  return nullptr;
+}
+
+Element linked(xmlNodePtr node) {
+  if (EditObserver* observer = observer_of_tree(node)) observer->inserted(Element(node));
+  return Element(node);
+}
+
 }  // namespace
 
 std::string Element::name() const {
@@ -109,18 +125,79 @@ Element Element::first_xpath(const std::string& expression) const {
   return found.empty() ? Element() : Element(found.front());
 }
 
+namespace {
+
+// Collects the text below a node, entity references expanded, and refuses to build more than
+// kMaxTextBytes of it, to visit more than kMaxTextNodes nodes or to go deeper than kMaxDepth: a
+// few nested entity definitions would otherwise expand a small file into gigabytes.
+class TextReader {
+ public:
+  explicit TextReader(xmlNodePtr element) : element_(element) {}
+
+  std::string read() {
+    append_children(element_);
+    return std::move(text_);
+  }
+
+ private:
+  void append_children(xmlNodePtr node) {
+    if (++depth_ > kMaxDepth) refuse();
+    for (xmlNodePtr child = node->children; child; child = child->next) append(child);
+    --depth_;
+  }
+
+  void append(xmlNodePtr node) {
+    if (++visited_ > kMaxTextNodes) refuse();
+    switch (node->type) {
+      case XML_TEXT_NODE:
+      case XML_CDATA_SECTION_NODE:
+        if (node->content) {
+          const std::string_view content = text_of(node->content);
+          if (content.size() > kMaxTextBytes - text_.size()) refuse();
+          text_ += content;
+        }
+        break;
+      case XML_ELEMENT_NODE:
+        append_children(node);
+        break;
+      case XML_ENTITY_REF_NODE:
+        if (xmlEntityPtr entity = xmlGetDocEntity(node->doc, node->name)) {
+          append_children(reinterpret_cast<xmlNodePtr>(entity));
+        }
+        break;
+      default:
+        break;
+    }
+  }
+
+  [[noreturn]] void refuse() const {
+    throw Error(
+        fmt::format("cannot read the text of <{}>: its entity references expand to more "
+                    "than {} bytes, {} nodes or {} levels",
+                    text_of(element_->name), kMaxTextBytes, kMaxTextNodes, kMaxDepth));
+  }
+
+  static constexpr std::size_t kMaxTextBytes = 10'000'000;
+  static constexpr std::size_t kMaxTextNodes = 1'000'000;
+  static constexpr int kMaxDepth = 1'000;
+
+  xmlNodePtr element_;
+  std::string text_;
+  std::size_t visited_ = 0;
+  int depth_ = 0;
+};
+
+}  // namespace
+
 std::string Element::text() const {
-  xmlChar* content = xmlNodeGetContent(require(node_, "read the text of an element"));
-  if (!content) return {};
-  std::string text = text_of(content);
-  xmlFree(content);
-  return text;
+  return TextReader(require(node_, "read the text of an element")).read();
 }
 
 // The replaced children are detached, not freed: they stay unattached nodes of the document, so a
 // handle to one of them never dangles.
 void Element::set_text(std::string_view text) const {
   require(node_, "set the text of an element");
+  if (EditObserver* observer = observer_of_tree(node_)) observer->setting_text(*this, text);
   while (xmlNodePtr child = node_->children) {
     xmlUnlinkNode(child);
     track_unattached(child);
@@ -139,7 +216,10 @@ std::optional<std::string> Element::attribute(const char* name) const {
 
 void Element::set_attribute(const char* name, std::string_view value) const {
   const std::string text(value);
-  if (!xmlSetProp(require(node_, "set an attribute"), reinterpret_cast<const xmlChar*>(name),
+  if (EditObserver* observer = observer_of_tree(require(node_, "set an attribute"))) {
+    observer->setting_attribute(*this, name, value);
+  }
+  if (!xmlSetProp(node_, reinterpret_cast<const xmlChar*>(name),
                   reinterpret_cast<const xmlChar*>(text.c_str()))) {
     throw Error(fmt::format("cannot set the attribute \"{}\" of <{}>", name, text_of(node_->name)));
   }
@@ -153,13 +233,13 @@ Element Element::parent() const {
 Element Element::insert_before(Element node) const {
   xmlNodePtr parent = require_parent(require(node_, "insert before an element"));
   xmlNodePtr taken = take_over(node.node_, parent, node_);
-  return Element(link(taken, parent, node_->prev, node_));
+  return linked(link(taken, parent, node_->prev, node_));
 }
 
 Element Element::insert_after(Element node) const {
   xmlNodePtr parent = require_parent(require(node_, "insert after an element"));
   xmlNodePtr taken = take_over(node.node_, parent, node_);
-  return Element(link(taken, parent, node_, node_->next));
+  return linked(link(taken, parent, node_, node_->next));
 }
 
 Element Element::append_child(Element node) const {
@@ -169,7 +249,7 @@ Element Element::append_child(Element node) const {
                             text_of(node_->name)));
   }
   xmlNodePtr taken = take_over(node.node_, node_, node_);
-  return Element(link(taken, node_, node_->last, nullptr));
+  return linked(link(taken, node_, node_->last, nullptr));
 }
 
 Element Element::insert_after(const Fragment& fragment) const {
@@ -191,23 +271,25 @@ Element Element::append_child(const Fragment& fragment) const {
   return first;
 }
 
-Element Element::append_element(std::string_view name, std::string_view text) const {
-  require(node_, "append to an element");
-  return Element(link(new_element(node_->doc, name, text), node_, node_->last, nullptr));
+Element Element::create_element(std::string_view name, std::string_view text) const {
+  xmlNodePtr node = new_element(require(node_, "create an element")->doc, name, text);
+  track_unattached(node);
+  return Element(node);
 }
 
-Element Element::insert_element_after(std::string_view name, std::string_view text) const {
-  xmlNodePtr parent = require_parent(require(node_, "insert after an element"));
-  return Element(link(new_element(node_->doc, name, text), parent, node_, node_->next));
+Element Element::append_element(std::string_view name, std::string_view text) const {
+  require(node_, "append to an element");
+  return linked(link(new_element(node_->doc, name, text), node_, node_->last, nullptr));
 }
 
 void Element::append_text(std::string_view text) const {
   require(node_, "append to an element");
-  link(new_text(node_->doc, text), node_, node_->last, nullptr);
+  linked(link(new_text(node_->doc, text), node_, node_->last, nullptr));
 }
 
 void Element::remove() const {
   if (!require(node_, "remove an element")->parent) return;
+  if (EditObserver* observer = observer_of_tree(node_)) observer->removing(*this);
   xmlUnlinkNode(node_);
   track_unattached(node_);
 }

@@ -9,6 +9,8 @@
 #include "error.hpp"
 #include "merge/clip_match.hpp"
 #include "merge/log_sheet.hpp"
+#include "merge/merge_collector.hpp"
+#include "merge/merge_document.hpp"
 #include "merge/output_file.hpp"
 
 namespace pellago {
@@ -37,11 +39,6 @@ void set_up_progress(const Host& host, std::size_t clips) {
   if (progress.display_if_needed) progress.display_if_needed();
 }
 
-bool is_blank(const LogRow& row) {
-  return row.markers.empty() &&
-         std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
-}
-
 std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
                                  const std::vector<bool>& row_used) {
   std::size_t unmatched = 0;
@@ -59,39 +56,81 @@ void keep_until_exit(Document document) {
   kept->push_back(std::move(document));
 }
 
-std::string with_final_line_feed(std::string text) {
-  if (text.empty() || text.back() != '\n') text += '\n';
-  return text;
+// The document, ending in a line feed whether or not libxml2's output did.
+void write_document(const Document& document, const OutputSink& sink) {
+  char last = '\0';
+  document.write([&](std::string_view bytes) {
+    if (bytes.empty()) return;
+    sink(bytes);
+    last = bytes.back();
+  });
+  if (last != '\n') sink("\n");
 }
+
+void refuse_recovered(const RecoveredErrors& errors, const std::string& xml_path) {
+  if (errors.count == 0) return;
+  throw Error(
+      fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} in all); a strict "
+                  "merge refuses it",
+                  xml_path, errors.line, errors.column, errors.message,
+                  errors.count == 1 ? "1 error" : fmt::format("{} errors", errors.count)));
+}
+
+bool cancel_requested(const Host& host) { return host.cancel_requested && host.cancel_requested(); }
 
 }  // namespace
 
-MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
-                          const std::string& output_path, const Host& host) {
+bool is_blank(const LogRow& row) {
+  return row.markers.empty() &&
+         std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
+}
+
+MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
+                              const Host& host, MergeCollector* collector) {
   const SheetKind kind = sheet_kind(sheet_path);
   if (kind == SheetKind::not_a_log_sheet) return {};
+  const LibxmlErrors quiet;
 
   const Workbook workbook = open_workbook(sheet_path, kind);
   const std::vector<Cell> headers = read_header_row(workbook);
   if (host.set_column_headers) host.set_column_headers(headers);
   const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
+  if (collector) collector->sheet_read(workbook, headers, rows);
 
   Document document = Document::parse_file(xml_path);
+  if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
+  if (collector) collector->document_read(document);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
   set_up_progress(host, clips.size());
 
-  MergeReport report{.outcome = Outcome::merged};
+  MergeReport report{.outcome = Outcome::merged, .recovered = document.recovered_errors()};
   const RowsByName index = index_rows_by_name(rows);
-  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size())};
+  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), collector};
   for (std::size_t position = 0; position < clips.size(); ++position) {
+    if (cancel_requested(host)) break;
     visit_clip(clips[position], position, run);
   }
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
+  if (cancel_requested(host)) {
+    report.outcome = Outcome::cancelled;
+    return {report, std::nullopt};
+  }
+  if (collector) collector->merge_finished(run.row_used);
+  return {report, std::move(document)};
+}
 
-  write_file_replacing(output_path, with_final_line_feed(document.write()));
-  if (host.keep_document_until_exit) keep_until_exit(std::move(document));
-  return report;
+MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
+                          const std::string& output_path, const Host& host) {
+  if (sheet_kind(sheet_path) == SheetKind::not_a_log_sheet) return {};
+  check_output_target(output_path, sheet_path);
+  MergedDocument merged = merge_document(sheet_path, xml_path, host, nullptr);
+  if (!merged.document) return merged.report;
+  const Document& document = *merged.document;
+  write_file_replacing(output_path,
+                       [&document](const OutputSink& sink) { write_document(document, sink); });
+  if (host.keep_document_until_exit) keep_until_exit(std::move(*merged.document));
+  return merged.report;
 }
 
 }  // namespace pellago

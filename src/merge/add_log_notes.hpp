@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "document/libxml_errors.hpp"
 #include "timecode/frame_rate.hpp"
 #include "workbook/workbook.hpp"
 
@@ -34,9 +35,14 @@ struct Host {
   // the operating system, which takes it back at exit faster than freeing it node by node. A host
   // that lives on keeps the default, or keeps every merged tree until it exits.
   bool keep_document_until_exit = false;
+  // Refuse an XML document that is not well-formed instead of merging what could be recovered.
+  bool strict = false;
+  // Asked before each clip is visited and once more before the output is written, on the calling
+  // thread: true stops the merge there, writes nothing and ends it with Outcome::cancelled.
+  std::function<bool()> cancel_requested;
 };
 
-enum class Outcome { merged, not_a_log_sheet };
+enum class Outcome { merged, not_a_log_sheet, cancelled };
 
 struct MergeReport {
   Outcome outcome = Outcome::not_a_log_sheet;
@@ -45,12 +51,18 @@ struct MergeReport {
   std::size_t subclips_made = 0;  // copies made for further rows
   std::size_t markers_added = 0;
   std::size_t rows_unmatched = 0;  // data rows whose Name matched no clip
+  // What the XML parser repaired. When count is not 0 the document was malformed: the clips
+  // after the first error's line may be missing from the merge and from the output.
+  RecoveredErrors recovered;
 };
 
 // Merges the log sheet at sheet_path into the XML document at xml_path and writes the result to
-// output_path (which may be xml_path). A sheet whose extension is not exactly ".xls" or ".xlsx"
-// is not a log sheet: nothing is read or written. Every failure throws Error and leaves
-// output_path as it was.
+// output_path (which may be xml_path; "-" is standard output). A sheet whose extension is not
+// exactly ".xls" or ".xlsx" is not a log sheet: nothing is read or written. An output path that
+// exists and is not a regular file, or is the sheet itself, is refused before anything is read.
+// A malformed XML document is merged as far as it could be recovered (see MergeReport::recovered),
+// or refused when host.strict is set. A cancelled merge reports what it did up to then and writes
+// nothing. Every failure throws Error and leaves output_path as it was.
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host = {});
 

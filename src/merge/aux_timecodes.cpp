@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "merge/required_element.hpp"
 #include "timecode/to_frames.hpp"
@@ -39,6 +40,12 @@ void build_aux_timecode(Element timecode, std::int64_t frames, const std::string
 
 }  // namespace
 
+std::vector<std::string_view> aux_timecode_headers() {
+  std::vector<std::string_view> headers;
+  for (const AuxSource& aux : kAuxSources) headers.push_back(aux.header);
+  return headers;
+}
+
 void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
   const Element file_format = clip.first("file/timecode/displayformat");
   if (!file_format) return;
@@ -50,7 +57,9 @@ void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timi
     const std::int64_t frames =
         to_frames(*value, static_cast<double>(timing.timebase), display_format);
     const Element file = required(clip, "file", fmt::format(" to hold \"{}\"", aux.header));
-    build_aux_timecode(file.append_element("timecode"), frames, display_format, aux.source);
+    const Element timecode = file.create_element("timecode");
+    build_aux_timecode(timecode, frames, display_format, aux.source);
+    file.append_child(timecode);
   }
 }
 

@@ -1,10 +1,14 @@
 #include "merge/cell_text.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace pellago {
 

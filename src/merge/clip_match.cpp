@@ -6,6 +6,7 @@
 #include "merge/aux_timecodes.hpp"
 #include "merge/logging_fields.hpp"
 #include "merge/markers.hpp"
+#include "merge/merge_collector.hpp"
 #include "merge/subclips.hpp"
 #include "timecode/clip_timing.hpp"
 
@@ -27,6 +28,7 @@ const FrameRates& frame_rates(const Host& host) {
 void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Element target = match.clips[j];
+  if (run.collector) run.collector->row_started(match, j);
   clear_empty_in_out(row, target);
   if (match.several && j == 0) {
     make_subclip_copies(match);
@@ -37,6 +39,7 @@ void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& 
 
   const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host));
   const std::int64_t clip_duration = read_clip_duration(target);
+  if (run.collector) run.collector->row_timed(match, j, timing, clip_duration);
   if (match.several) apply_subclip(row, target, timing, clip_duration);
   apply_logging_fields(target, row, run.document);
   apply_markers(target, row, timing);
@@ -76,6 +79,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   ++run.report.clips_visited;
   count_on_progress(run.host);
   std::optional<ClipMatch> match = match_clip(clip, run.index);
+  if (run.collector && match) run.collector->clip_matched(*match, position);
   if (!match || match->rows.empty()) return;
 
   ++run.report.clips_changed;

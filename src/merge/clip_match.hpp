@@ -33,13 +33,16 @@ struct ClipMatch {
 std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index);
 
 // Everything one merge shares between clip visits.
+struct MergeCollector;
+
 struct MergeRun {
   const std::vector<LogRow>& rows;
   const RowsByName& index;
   Document& document;
   const Host& host;
   MergeReport& report;
-  std::vector<bool> row_used;  // row_used[i]: row i named at least one clip
+  std::vector<bool> row_used;           // row_used[i]: row i named at least one clip
+  MergeCollector* collector = nullptr;  // told what the merge does, for a check; none in a merge
 };
 
 // Counts the clip on the progress bar, matches it and applies each matching row to its target

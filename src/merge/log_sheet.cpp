@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "document/xml_text.hpp"
 #include "error.hpp"
 #include "merge/cell_text.hpp"
 
@@ -41,15 +42,6 @@ struct SheetPlan {
   std::shared_ptr<const std::vector<std::string>> headers;
   std::vector<ColumnPlan> columns;  // in column order
 };
-
-// "A" for 1, "Z" for 26, "AA" for 27: the column's name as spreadsheets show it.
-std::string column_letters(int column) {
-  std::string letters;
-  for (; column > 0; column = (column - 1) / 26) {
-    letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % 26));
-  }
-  return letters;
-}
 
 const std::string& header_text(const Cell& header, int column) {
   if (const auto* text = std::get_if<std::string>(&header)) return *text;
@@ -91,6 +83,17 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row) {
   return {std::move(headers), std::move(columns)};
 }
 
+// Every text read from the sheet may end up in the XML document: one that XML 1.0 cannot carry
+// ends the read, naming the row, the column and what is wrong.
+void require_xml_text(const std::string& text, int row, int column) {
+  if (const auto problem = text_xml_cannot_carry(text)) {
+    throw Error(
+        fmt::format("sheet row {}, column {} ({}): the cell holds {}, which XML 1.0 "
+                    "cannot carry",
+                    row, column_letters(column), column, *problem));
+  }
+}
+
 std::string lower_ascii(std::string text) {
   for (char& c : text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -99,7 +102,7 @@ std::string lower_ascii(std::string text) {
 }
 
 LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
-  LogRow log_row{plan.headers, std::vector<std::string>(plan.headers->size()), {}};
+  LogRow log_row{plan.headers, {}, {}};
   // Every "Marker Timecode" column starts a new marker, listed only when its timecode is not
   // empty; the group's other columns fill it in. Before the first one they fill a marker that
   // is never listed.
@@ -107,9 +110,13 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
   MarkerEntry* marker = &unlisted;
   for (const ColumnPlan& column : plan.columns) {
     std::string text = cell_text(workbook.cell(row, column.column));
+    require_xml_text(text, row, column.column);
     switch (column.role) {
       case ColumnRole::field:
-        log_row.values[column.slot] = std::move(text);
+        if (!text.empty() && column.slot >= log_row.values.size()) {
+          log_row.values.resize(column.slot + 1);
+        }
+        if (column.slot < log_row.values.size()) log_row.values[column.slot] = std::move(text);
         break;
       case ColumnRole::marker_timecode:
         if (text.empty()) {
@@ -136,12 +143,31 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
 
 }  // namespace
 
+std::vector<std::string_view> marker_headers() {
+  std::vector<std::string_view> headers;
+  for (const MarkerHeader& marker : kMarkerHeaders) headers.push_back(marker.text);
+  return headers;
+}
+
+std::string column_letters(int column) {
+  std::string letters;
+  for (; column > 0; column = (column - 1) / 26) {
+    letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % 26));
+  }
+  return letters;
+}
+
 const std::string* LogRow::field(std::string_view header) const {
   if (!headers) return nullptr;
   for (std::size_t i = 0; i < headers->size(); ++i) {
-    if ((*headers)[i] == header) return &values[i];
+    if ((*headers)[i] == header) return &value(i);
   }
   return nullptr;
+}
+
+const std::string& LogRow::value(std::size_t slot) const {
+  static const std::string kEmptyText;
+  return slot < values.size() ? values[slot] : kEmptyText;
 }
 
 std::vector<Cell> read_header_row(const Workbook& workbook) {

@@ -23,13 +23,24 @@ struct LogRow {
   // The sheet's ordinary (non-marker) column headers, distinct, shared by every row of the sheet.
   std::shared_ptr<const std::vector<std::string>> headers;
   // values[i] is the cell text under (*headers)[i]; with duplicate headers the right-hand one.
+  // Empty texts after the last non-empty one may be left out (a blank row holds none), so that
+  // a sheet with far-away rows costs next to nothing per empty row: read them through value().
   std::vector<std::string> values;
   std::vector<MarkerEntry> markers;
 
   // The cell text under `header`, or nullptr when no ordinary column has that header (absent,
   // which differs from the empty text of an empty cell).
   const std::string* field(std::string_view header) const;
+  // The cell text under (*headers)[slot]; the empty text past the end of values.
+  const std::string& value(std::size_t slot) const;
 };
+
+// The four headers of a marker group, "Marker Timecode" first. Any other header holding "Marker"
+// is ignored.
+std::vector<std::string_view> marker_headers();
+
+// "A" for 1, "Z" for 26, "AA" for 27: a column's name as spreadsheets show it.
+std::string column_letters(int column);
 
 // The raw values of row 1, from column 1 to the last column.
 std::vector<Cell> read_header_row(const Workbook& workbook);

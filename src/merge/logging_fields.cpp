@@ -54,15 +54,6 @@ constexpr std::array<LoggingField, 14> kLoggingFields{{
      "comments/mastercomment4", Place::after},
 }};
 
-// "yes" or "y" in any mix of ASCII letter case, nothing around it.
-std::string good_flag(std::string_view cell) {
-  std::string lowered(cell);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return lowered == "yes" || lowered == "y" ? "TRUE" : "FALSE";
-}
-
 void set_every_match(Element clip, const LoggingField& field, const std::string& text) {
   for (Element element : clip.all(field.selector)) element.set_text(text);
 }
@@ -93,6 +84,20 @@ void set_or_create(Element clip, const LoggingField& field, const std::string& t
 }
 
 }  // namespace
+
+std::vector<std::string_view> logging_field_headers() {
+  std::vector<std::string_view> headers;
+  for (const LoggingField& field : kLoggingFields) headers.push_back(field.header);
+  return headers;
+}
+
+std::string good_flag(std::string_view cell) {
+  std::string lowered(cell);
+  std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return lowered == "yes" || lowered == "y" ? "TRUE" : "FALSE";
+}
 
 void apply_logging_fields(Element clip, const LogRow& row, Document& document) {
   for (const LoggingField& field : kLoggingFields) {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "document/document.hpp"
 #include "merge/log_sheet.hpp"
 
@@ -9,5 +13,12 @@ namespace pellago {
 // Log Note, Master Comment 1-4, Comment 1-2) into the target clip, creating the first-match
 // elements that are missing. Throws Error naming the missing element when an anchor is missing.
 void apply_logging_fields(Element clip, const LogRow& row, Document& document);
+
+// The column headers apply_logging_fields reads, in the order it writes them.
+std::vector<std::string_view> logging_field_headers();
+
+// "TRUE" for a Good cell reading yes or y in any ASCII letter case, nothing around it; else
+// "FALSE".
+std::string good_flag(std::string_view cell);
 
 }  // namespace pellago

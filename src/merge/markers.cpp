@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "merge/required_element.hpp"
 #include "timecode/to_frames.hpp"
@@ -66,6 +67,12 @@ void build_marker(Element marker, std::int64_t frame, std::size_t number,
 
 }  // namespace
 
+std::vector<std::string_view> marker_color_names() {
+  std::vector<std::string_view> names;
+  for (const MarkerColor& color : kMarkerColors) names.push_back(color.name);
+  return names;
+}
+
 void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
     const MarkerEntry& entry = row.markers[i];
@@ -73,7 +80,9 @@ void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
         to_frames(entry.timecode, rate_entry(timing).fcp_rate, timing.display_format) -
         timing.start_frame;
     Element media = required(clip, "media", " to place its markers after");
-    build_marker(media.insert_element_after("marker"), frame, i + 1, entry);
+    const Element marker = media.create_element("marker");
+    build_marker(marker, frame, i + 1, entry);
+    media.insert_after(marker);
   }
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string_view>
+#include <vector>
+
 #include "document/document.hpp"
 #include "merge/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
@@ -9,5 +12,8 @@ namespace pellago {
 // Inserts one marker element per entry of the row right after the clip's first media element
 // (so they stand in reverse order). Throws Error when the clip has no rate entry or no media.
 void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing);
+
+// The names of the marker colour table, in its order; any other colour leaves a marker red.
+std::vector<std::string_view> marker_color_names();
 
 }  // namespace pellago

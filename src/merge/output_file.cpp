@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 
 #include "error.hpp"
 
@@ -37,6 +38,30 @@ fs::path follow_links(const std::string& path) {
     current = target.is_absolute() ? target : current.parent_path() / target;
   }
   fail(fmt::format("follow the links from \"{}\"", path), ELOOP);
+}
+
+// The status of the file at `path`, or nullopt when there is none.
+std::optional<struct stat> status_of(const fs::path& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return status;
+}
+
+void refuse_unless_regular(const fs::path& target, const std::string& output) {
+  const auto status = status_of(target);
+  if (status && !S_ISREG(status->st_mode)) {
+    throw Error(fmt::format("cannot write \"{}\": it exists and is not a regular file", output));
+  }
+}
+
+// Writes every byte to `fd`, or throws Error naming `output`.
+void write_all(int fd, std::string_view bytes, const std::string& output) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail(fmt::format("write \"{}\"", output), errno);
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
 }
 
 // The permission bits of the file being replaced, or those a new file would be created with.
@@ -70,14 +95,7 @@ class TemporaryFile {
     if (!path_.empty()) unlink(path_.c_str());
   }
 
-  void write_all(std::string_view bytes) {
-    while (!bytes.empty()) {
-      const ssize_t written = write(fd_, bytes.data(), bytes.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) fail(fmt::format("write \"{}\"", output_), errno);
-      bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-  }
+  void write_all(std::string_view bytes) { pellago::write_all(fd_, bytes, output_); }
 
   void finish(mode_t permissions) {
     if (fsync(fd_) != 0) fail(fmt::format("write \"{}\"", output_), errno);
@@ -112,11 +130,29 @@ void sync_folder(const fs::path& target) {
 
 }  // namespace
 
-void write_file_replacing(const std::string& path, std::string_view bytes) {
+void check_output_target(const std::string& path, const std::string& sheet_path) {
+  if (path == kStandardOutput) return;
   const fs::path target = follow_links(path);
+  refuse_unless_regular(target, path);
+  const auto output = status_of(target);
+  const auto sheet = status_of(sheet_path);
+  if (output && sheet && output->st_dev == sheet->st_dev && output->st_ino == sheet->st_ino) {
+    throw Error(
+        fmt::format("cannot write \"{}\": it is the log sheet \"{}\" itself", path, sheet_path));
+  }
+}
+
+void write_file_replacing(const std::string& path,
+                          const std::function<void(const OutputSink&)>& write) {
+  if (path == kStandardOutput) {
+    write([](std::string_view bytes) { write_all(STDOUT_FILENO, bytes, "standard output"); });
+    return;
+  }
+  const fs::path target = follow_links(path);
+  refuse_unless_regular(target, path);
   const mode_t permissions = permissions_for(target);
   TemporaryFile file(target, path);
-  file.write_all(bytes);
+  write([&file](std::string_view bytes) { file.write_all(bytes); });
   file.finish(permissions);
   file.rename_over(target);
   sync_folder(target);

@@ -58,7 +58,7 @@ expect_only_files() {
 run merge "$sheet" "$project" "$scratch/out.xml"
 expect_status 0 "merge"
 expect_same "$scratch/out.xml" "$merged" "merge"
-summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml"
+summary="merged 6 clips (5 changed, 2 subclips made, 6 markers added); 1 sheet row matched no clip; wrote $scratch/out.xml; run 'pellago check' to see why"
 [[ $out == "$summary" ]] || fail "summary reads '$out'"
 [[ -z $err ]] || fail "merge wrote to stderr off a terminal: '$err'"
 
@@ -118,6 +118,58 @@ expect_status 0 "linked output"
 [[ -L $scratch/linked.xml && -L $scratch/links/latest.xml ]] || fail "a link was replaced by a file"
 expect_same "$scratch/links/xml/target.xml" "$merged" "linked output"
 expect_only_files "$scratch/links/xml" target.xml
+
+# Output targets: an existing target that is not a regular file (a FIFO, directly or through a
+# link) or that is the sheet itself is refused with one line and left as it was; - is stdout.
+mkfifo "$scratch/fifo"
+ln -s fifo "$scratch/fifo_link.xml"
+cp "$sheet" "$scratch/sheet_copy.xlsx"
+ln -s sheet_copy.xlsx "$scratch/sheet_link.xml"
+for target in fifo fifo_link.xml sheet_link.xml; do
+  run merge "$scratch/sheet_copy.xlsx" "$project" "$scratch/$target"
+  expect_status 1 "output $target"
+  [[ $(wc -l <"$scratch/stderr") -eq 1 && $err == *"cannot write \"$scratch/$target\""* ]] ||
+    fail "output $target says '$err'"
+done
+[[ -p $scratch/fifo ]] || fail "the FIFO was replaced"
+expect_same "$scratch/sheet_copy.xlsx" "$sheet" "the sheet as output"
+run merge "$sheet" "$project" -
+expect_status 0 "standard output"
+expect_same "$scratch/stdout" "$merged" "standard output"
+[[ $err == "merged 6 clips"*"wrote standard output; run 'pellago check' to see why" ]] || fail "standard output: summary '$err'"
+"$pellago" merge "$sheet" "$project" - 2>/dev/null | head -c 1 >/dev/null
+status=${PIPESTATUS[0]}
+[[ $status -eq 1 || $status -eq 0 ]] || fail "a closed standard output ended the merge with status $status"
+
+# Recovered documents: a truncated export or a NUL byte halfway merges what was read, with one
+# warning line naming the file, line, column and error count, and a note in the summary; nothing
+# else from the parser reaches stderr. --strict refuses them and writes nothing.
+head -c 2000 "$project" >"$scratch/truncated.xml"
+{
+  head -c 3000 "$project"
+  printf '\0'
+  tail -c +3001 "$project"
+} >"$scratch/nul.xml"
+for xml in truncated nul; do
+  run merge "$sheet" "$scratch/$xml.xml" "$scratch/recovered.xml"
+  expect_status 0 "$xml document"
+  [[ $err == "pellago: warning: $scratch/$xml.xml is not well-formed XML: line "*", column "*" error"* &&
+    $(wc -l <"$scratch/stderr") -eq 1 ]] || fail "$xml document warns '$err'"
+  [[ $out == *"; clips after line "*" of $scratch/$xml.xml may be missing; run 'pellago check' to see why" ]] || fail "$xml summary '$out'"
+  run merge --strict "$sheet" "$scratch/$xml.xml" "$scratch/strict.xml"
+  expect_status 1 "$xml document, --strict"
+  [[ $err == *"not well-formed XML: line "* && $(wc -l <"$scratch/stderr") -eq 1 ]] ||
+    fail "$xml document, --strict says '$err'"
+  [[ ! -e $scratch/strict.xml ]] || fail "--strict wrote a file for the $xml document"
+done
+
+# Characters XML cannot carry: an .xls cell holding ESC ends the merge with one line naming the
+# row, the column and the character; nothing is written.
+run merge "$source_dir/tests/cli/data/control_character.xls" "$project" "$scratch/not_written.xml"
+expect_status 1 "control character"
+[[ $err == *"sheet row 2, column B (2): the cell holds U+001B, which XML 1.0 cannot carry" ]] ||
+  fail "control character says '$err'"
+[[ ! -e $scratch/not_written.xml ]] || fail "a file was written for a control character"
 
 # A replaced file keeps its permission bits.
 echo "earlier output" >"$scratch/private.xml"

@@ -32,7 +32,7 @@ std::vector<LogRow> log_rows(const Workbook& workbook) {
 std::vector<std::string> fields(const LogRow& row) {
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < row.headers->size(); ++i) {
-    texts.push_back((*row.headers)[i] + "=" + row.values.at(i));
+    texts.push_back((*row.headers)[i] + "=" + row.value(i));
   }
   return texts;
 }
@@ -129,6 +129,24 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
 
   EXPECT_THAT(read_header_row(Workbook{}), IsEmpty());
   EXPECT_EQ(error_of(Workbook{}), "the first worksheet has no cell in use");
+}
+
+TEST(LogSheet, TextsXmlCannotCarryNameTheRowColumnAndCharacter) {
+  const auto error_of = [](const std::string& text) -> std::string {
+    try {
+      log_rows(sheet({{"Name", "Scene"}, {"C001"}, {"C002", text}}));
+    } catch (const Error& e) {
+      return e.what();
+    }
+    return "no error";
+  };
+  EXPECT_EQ(error_of("\x1B"),
+            "sheet row 3, column B (2): the cell holds U+001B, which XML 1.0 cannot carry");
+  EXPECT_THAT(error_of("caf\xE9"), HasSubstr("holds the byte 0xE9 that is not UTF-8"));
+  EXPECT_THAT(error_of("\xED\xA0\x80"), HasSubstr("holds the byte 0xED that is not UTF-8"));
+  EXPECT_THAT(error_of("\xC0\xAF"), HasSubstr("holds the byte 0xC0 that is not UTF-8"));
+  EXPECT_THAT(error_of("\xEF\xBF\xBE"), HasSubstr("holds U+FFFE"));
+  EXPECT_EQ(error_of("\t\n\r \xEF\xBF\xBD \xF4\x8F\xBF\xBF"), "no error");
 }
 
 using LogSheetFile = merge_test::ScratchFolderTest;

@@ -1,7 +1,9 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,7 +16,10 @@ namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+using testing::ThrowsMessage;
 
 // A host that records every call the engine makes on it.
 struct RecordingHost {
@@ -28,7 +33,8 @@ struct RecordingHost {
                                  .set_max_value = record("max"),
                                  .increment_by = record("increment"),
                                  .display_if_needed = [this] { calls.push_back("display"); }},
-            .frame_rates = {}};
+            .frame_rates = {},
+            .cancel_requested = {}};
   }
 
   std::vector<Cell> headers;
@@ -138,6 +144,22 @@ TEST_F(MergeTest, ExampleSheetMergesIntoTheExampleExport) {
   EXPECT_EQ(report.rows_unmatched, 1u);
 }
 
+TEST_F(MergeTest, CancellingStopsAtTheNextClipAndWritesNothing) {
+  write_file(path("out.xml"), "earlier output\n");
+  for (const int cancel_after : {3, 6}) {
+    int asked = 0;
+    Host host;
+    host.cancel_requested = [&] { return ++asked > cancel_after; };
+    const MergeReport report =
+        add_log_notes(source_path("examples/log_sheet.xlsx"), source_path("examples/project.xml"),
+                      path("out.xml"), host);
+    EXPECT_EQ(report.outcome, Outcome::cancelled);
+    EXPECT_EQ(report.clips_visited, static_cast<std::size_t>(cancel_after));
+  }
+  EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
+  EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml"));
+}
+
 TEST_F(MergeTest, FailuresNameTheClipAndRowAndLeaveTheOutputAsItWas) {
   const std::string project = read_file(source_path("examples/project.xml"));
   const std::string second = "<clip id=\"A001_C002_0611AB\">";
@@ -175,6 +197,104 @@ TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
     EXPECT_EQ(error.system_error, ENOENT);
   }
   EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
+}
+
+// A document that is not well-formed merges what could be recovered and says so as data; a strict
+// merge refuses it and writes nothing.
+TEST_F(MergeTest, RecoveredDocumentIsReportedOrRefusedWhenStrict) {
+  const std::string project = read_file(source_path("examples/project.xml"));
+  write_file(path("cut.xml"),
+             project.substr(0, project.find("<clip id=\"B001_C002_0611CD\">") + 40));
+  const MergeReport report =
+      add_log_notes(source_path("examples/log_sheet.xlsx"), path("cut.xml"), path("out.xml"));
+  EXPECT_EQ(report.clips_visited, 4u);
+  EXPECT_GT(report.recovered.count, 0u);
+  EXPECT_GT(report.recovered.line, 1);
+  EXPECT_GT(report.recovered.column, 0);
+  EXPECT_THAT(report.recovered.message, Not(IsEmpty()));
+  EXPECT_EQ(add_log_notes(source_path("examples/log_sheet.xlsx"),
+                          source_path("examples/project.xml"), path("out.xml"))
+                .recovered.count,
+            0u);
+
+  Host strict;
+  strict.strict = true;
+  EXPECT_THAT(
+      [&] {
+        add_log_notes(source_path("examples/log_sheet.xlsx"), path("cut.xml"), path("strict.xml"),
+                      strict);
+      },
+      ThrowsMessage<Error>(HasSubstr("is not well-formed XML: line ")));
+  EXPECT_FALSE(std::filesystem::exists(path("strict.xml")));
+}
+
+// Inputs that expand far beyond their size end the merge with a message, not with all memory: a
+// clip name whose entity references expand to gigabytes, a cell at the sheet's last row under
+// 200 headers (every row up to it is a row, but an empty one costs next to nothing).
+TEST_F(MergeTest, ExpandingInputsStayWithinBounds) {
+  std::string entities =
+      "<!DOCTYPE xmeml [<!ENTITY a \"" + std::string(100, 'A') + "\"><!ENTITY b \"";
+  for (int i = 0; i < 1000; ++i) entities += "&a;";
+  std::string name = "<name>";
+  for (int i = 0; i < 10000; ++i) name += "&b;";
+  write_file(path("laughs.xml"),
+             replace_all(replace_all(read_file(source_path("examples/project.xml")),
+                                     "<!DOCTYPE xmeml>", entities + "\">]>"),
+                         "<name>A001_C001_0611AB</name>", name + "</name>"));
+  EXPECT_THAT(
+      [&] {
+        add_log_notes(source_path("examples/log_sheet.xlsx"), path("laughs.xml"), path("out.xml"));
+      },
+      ThrowsMessage<Error>(HasSubstr("cannot read the text of <name>: its entity")));
+
+  lxw_workbook* workbook = workbook_new(path("far.xlsx").c_str());
+  lxw_worksheet* sheet = workbook_add_worksheet(workbook, nullptr);
+  worksheet_write_string(sheet, 0, 0, "Name", nullptr);
+  for (lxw_col_t column = 1; column < 200; ++column) {
+    worksheet_write_string(sheet, 0, column, fmt::format("Column {}", column).c_str(), nullptr);
+  }
+  worksheet_write_string(sheet, 1048575, 0, "A001_C001_0611AB", nullptr);
+  ASSERT_EQ(workbook_close(workbook), LXW_NO_ERROR);
+  struct rusage before;
+  getrusage(RUSAGE_SELF, &before);
+  const MergeReport report =
+      add_log_notes(path("far.xlsx"), source_path("examples/project.xml"), path("out.xml"));
+  struct rusage after;
+  getrusage(RUSAGE_SELF, &after);
+  EXPECT_EQ(report.clips_changed, 1u);
+  // A text per empty cell would take gigabytes; the rows themselves take tens of megabytes.
+  EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 1024 * 1024) << "kilobytes";
+}
+
+// A text that XML 1.0 cannot carry ends the merge naming the row, the column and the character:
+// control characters (from .xlsx escapes too) and NUL; bytes that are not UTF-8 in the document.
+TEST_F(MergeTest, TextsXmlCannotCarryEndTheMerge) {
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"ring\a", "U+0007"},
+      {"escape _x001B_ here", "U+001B"},
+      {"cut _x0000_ here", "U+0000"},
+  };
+  for (const auto& [text, character] : cases) {
+    write_xlsx(path("log.xlsx"),
+               {{"Name", "Scene", "Log Note"}, {"A001", "1"}, {"B002", "2", text}});
+    EXPECT_THAT(
+        [&] { add_log_notes(path("log.xlsx"), data_path("merge_matching.xml"), path("out.xml")); },
+        ThrowsMessage<Error>(path("log.xlsx") + ": sheet row 3, column C (3): the cell holds " +
+                             character + ", which XML 1.0 cannot carry"))
+        << text;
+  }
+  // Bytes that are not UTF-8 in the document itself are recovered by the parser, never written.
+  write_xlsx(path("log.xlsx"), {{"Name"}, {"A001"}});
+  write_file(path("latin.xml"),
+             replace_all(read_data("merge_matching.xml"), "<xmeml version=\"5\">",
+                         "<xmeml version=\"5\"><!-- caf\xE9 -->"));
+  EXPECT_THAT([&] { add_log_notes(path("log.xlsx"), path("latin.xml"), path("out.xml")); },
+              ThrowsMessage<Error>(HasSubstr("holds the byte 0xE9 that is not UTF-8")));
+  EXPECT_FALSE(std::filesystem::exists(path("out.xml")));
+  write_xlsx(path("log.xlsx"),
+             {{"Name", "Log Note"}, {"A001", "tab\tline\ncarriage\r \xF0\x9F\x8E\xAC"}});
+  EXPECT_NO_THROW(
+      add_log_notes(path("log.xlsx"), data_path("merge_matching.xml"), path("out.xml")));
 }
 
 }  // namespace

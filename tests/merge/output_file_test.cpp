@@ -27,7 +27,7 @@ mode_t permissions(const std::string& path) {
 // Replacing links and keeping permissions are checked through the CLI (tests/cli/merge_test.sh).
 TEST_F(OutputFileTest, NewFileGetsThePermissionsTheUmaskAllows) {
   const mode_t mask = umask(027);
-  write_file_replacing(path("created.xml"), "made");
+  write_file_replacing(path("created.xml"), [](const OutputSink& sink) { sink("made"); });
   umask(mask);
   EXPECT_EQ(read_file(path("created.xml")), "made");
   EXPECT_EQ(permissions(path("created.xml")), 0640u);
@@ -35,18 +35,26 @@ TEST_F(OutputFileTest, NewFileGetsThePermissionsTheUmaskAllows) {
 }
 
 TEST_F(OutputFileTest, FailureLeavesNoTemporaryFileAndNamesThePath) {
+  const auto merged = [](const OutputSink& sink) { sink("merged"); };
   fs::create_directory(folder_ / "out.xml");
   try {
-    write_file_replacing(path("out.xml"), "merged");
+    write_file_replacing(path("out.xml"), merged);
     ADD_FAILURE() << "a folder was replaced by a file";
   } catch (const Error& error) {
-    EXPECT_EQ(error.system_error, EISDIR);
-    EXPECT_EQ(error.what(), "cannot replace \"" + path("out.xml") + "\": Is a directory");
+    EXPECT_EQ(error.what(),
+              "cannot write \"" + path("out.xml") + "\": it exists and is not a regular file");
   }
   EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml"));
 
+  const auto failing = [](const OutputSink& sink) {
+    sink("half");
+    throw Error("the merge failed");
+  };
+  EXPECT_THROW(write_file_replacing(path("new.xml"), failing), Error);
+  EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml"));
+
   try {
-    write_file_replacing(path("missing/out.xml"), "merged");
+    write_file_replacing(path("missing/out.xml"), merged);
     ADD_FAILURE() << "a file was written into a missing folder";
   } catch (const Error& error) {
     EXPECT_EQ(error.system_error, ENOENT);

@@ -1,0 +1,58 @@
+#include "merge/check.hpp"
+
+#include <array>
+
+#include "error.hpp"
+#include "merge/merge_collector.hpp"
+#include "merge/merge_document.hpp"
+
+namespace pellago {
+
+namespace {
+
+// Indexed by the enumerators' values, in their order.
+constexpr std::array<std::string_view, 12> kKindNames{
+    "unmatched_name",       "near_header",      "ignored_marker_header", "good_not_yes",
+    "unknown_marker_color", "not_a_timecode",   "outside_media",         "out_before_in",
+    "position_limit",       "shared_clip_name", "repeated_name",         "merge_fails"};
+constexpr std::array<std::string_view, 3> kSeverityNames{"note", "warning", "error"};
+constexpr std::array<std::string_view, 5> kChangeKindNames{"text_set", "attribute_set", "added",
+                                                           "removed", "subclip_made"};
+
+}  // namespace
+
+std::string_view kind_name(FindingKind kind) {
+  return kKindNames.at(static_cast<std::size_t>(kind));
+}
+
+std::string_view severity_name(Severity severity) {
+  return kSeverityNames.at(static_cast<std::size_t>(severity));
+}
+
+std::string_view change_kind_name(ChangeKind kind) {
+  return kChangeKindNames.at(static_cast<std::size_t>(kind));
+}
+
+CheckReport check(const std::string& sheet_path, const std::string& xml_path,
+                  const CheckOptions& options) {
+  CheckReport report;
+  MergeCollector collector(report, options.changes);
+  try {
+    report.merge = merge_document(sheet_path, xml_path, {}, &collector).report;
+  } catch (const Error& error) {
+    collector.flush_findings();
+    report.merge.outcome = Outcome::merged;
+    report.error = error.what();
+    report.system_error = error.system_error;
+    report.findings.push_back({FindingKind::merge_fails,
+                               Severity::error,
+                               std::nullopt,
+                               std::nullopt,
+                               std::nullopt,
+                               error.what(),
+                               {}});
+  }
+  return report;
+}
+
+}  // namespace pellago

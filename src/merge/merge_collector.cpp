@@ -1,0 +1,527 @@
+#include "merge/merge_collector.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "merge/aux_timecodes.hpp"
+#include "merge/cell_text.hpp"
+#include "merge/logging_fields.hpp"
+#include "merge/markers.hpp"
+#include "merge/merge_document.hpp"
+#include "merge/near_names.hpp"
+#include "timecode/to_frames.hpp"
+
+namespace pellago {
+
+namespace {
+
+constexpr int kFirstDataRow = 2;
+
+int sheet_row(std::size_t row_position) { return static_cast<int>(row_position) + kFirstDataRow; }
+
+std::vector<std::string> read_headers() {
+  std::vector<std::string> headers{"Name", "In", "Out", "Subclip Name"};
+  for (std::string_view header : logging_field_headers()) headers.emplace_back(header);
+  for (std::string_view header : aux_timecode_headers()) headers.emplace_back(header);
+  return headers;
+}
+
+std::vector<std::string> to_strings(const std::vector<std::string_view>& views) {
+  return {views.begin(), views.end()};
+}
+
+std::string quoted_list(const std::vector<std::string>& names) {
+  std::string text;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i > 0) text += i + 1 == names.size() ? " or " : ", ";
+    text += fmt::format("\"{}\"", names[i]);
+  }
+  return text;
+}
+
+std::string lower_ascii(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+std::string trimmed(const std::string& text) {
+  const auto first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// A Good cell that a person means as yes but that the merge reads as FALSE.
+bool looks_like_yes(const std::string& cell) {
+  static const std::vector<std::string> kYes{"yes", "y", "true", "x", "1", "1.0", "ok", "good"};
+  return good_flag(cell) == "FALSE" &&
+         std::find(kYes.begin(), kYes.end(), lower_ascii(trimmed(cell))) != kYes.end();
+}
+
+bool all_digits(std::string_view text) {
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// The runs of `text` between ":", ";" and "." separators, empty runs included.
+std::vector<std::string> timecode_fields(std::string_view text) {
+  std::vector<std::string> fields(1);
+  for (char c : text) {
+    if (c == ':' || c == ';' || c == '.') {
+      fields.emplace_back();
+    } else {
+      fields.back() += c;
+    }
+  }
+  return fields;
+}
+
+// Hours, minutes, seconds and frames within range, as a log sheet writes a timecode: fields
+// separated by ":", ";" or "." (hours may be left out), or the number of a number cell (1000012.0
+// for 01:00:00:12), or a bare frame count. Blanks around it are read past by the conversion.
+bool is_timecode(const std::string& text, std::int64_t frames_per_second) {
+  const std::string core = trimmed(text);
+  if (all_digits(core)) return true;
+  std::vector<std::string> fields = timecode_fields(core);
+  if (!std::all_of(fields.begin(), fields.end(), all_digits)) return false;
+  if (fields.size() == 2) {
+    if (fields[1] != "0" || fields[0].size() > 8) return false;
+    const std::string digits = std::string(8 - fields[0].size(), '0') + fields[0];
+    fields = {digits.substr(0, 2), digits.substr(2, 2), digits.substr(4, 2), digits.substr(6, 2)};
+  }
+  if (fields.size() == 3) fields.insert(fields.begin(), "0");
+  if (fields.size() != 4 || fields[0].size() > 2 || fields[1].size() > 2 || fields[2].size() > 2 ||
+      fields[3].size() > 3) {
+    return false;
+  }
+  return std::stoi(fields[1]) < 60 && std::stoi(fields[2]) < 60 &&
+         std::stoi(fields[3]) < std::max<std::int64_t>(frames_per_second, 1);
+}
+
+// Each element that holds no element, below and including `node`, and each attribute, as
+// (path below node, text); the path is empty for node itself.
+void collect_leaves(xmlNodePtr node, const std::string& path,
+                    std::vector<std::pair<std::string, std::string>>& leaves) {
+  const Element element(node);
+  for (xmlAttrPtr attribute = node->properties; attribute; attribute = attribute->next) {
+    const char* name = reinterpret_cast<const char*>(attribute->name);
+    leaves.emplace_back(path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
+                        element.attribute(name).value_or(""));
+  }
+  bool holds_element = false;
+  for (xmlNodePtr child = node->children; child; child = child->next) {
+    if (child->type != XML_ELEMENT_NODE) continue;
+    holds_element = true;
+    const std::string name = reinterpret_cast<const char*>(child->name);
+    collect_leaves(child, path.empty() ? name : path + "/" + name, leaves);
+  }
+  if (!holds_element) leaves.emplace_back(path, element.text());
+}
+
+std::vector<std::pair<std::string, std::string>> leaves_of(Element element) {
+  std::vector<std::pair<std::string, std::string>> leaves;
+  collect_leaves(element.node(), "", leaves);
+  return leaves;
+}
+
+// The columns of each listed marker of a sheet row: its "Marker Timecode" column and the last
+// "Marker Color" column of its group (0 when the group has none), in the order of the row's
+// markers. A group is listed when its timecode cell is not empty.
+struct MarkerColumns {
+  int timecode = 0;
+  int color = 0;
+};
+
+std::vector<MarkerColumns> marker_columns(const Workbook& workbook,
+                                          const std::vector<Cell>& headers, int row) {
+  std::vector<MarkerColumns> listed;
+  bool in_listed_group = false;
+  for (int column = 1; column <= static_cast<int>(headers.size()); ++column) {
+    const auto* header = std::get_if<std::string>(&headers[column - 1]);
+    if (!header) continue;
+    if (*header == "Marker Timecode") {
+      in_listed_group = !cell_text(workbook.cell(row, column)).empty();
+      if (in_listed_group) listed.push_back({column, 0});
+    } else if (*header == "Marker Color" && in_listed_group) {
+      listed.back().color = column;
+    }
+  }
+  return listed;
+}
+
+bool is_clip(xmlNodePtr node) {
+  return node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, BAD_CAST "clip");
+}
+
+// The nearest clip element holding `node` (not node itself), or none.
+xmlNodePtr enclosing_clip(xmlNodePtr node) {
+  for (xmlNodePtr up = node->parent; up; up = up->parent) {
+    if (is_clip(up)) return up;
+  }
+  return nullptr;
+}
+
+// Path of `node` from its nearest enclosing clip, or from the root element when no clip holds it.
+std::string path_of(xmlNodePtr node) {
+  std::string path;
+  for (xmlNodePtr at = node; at && at->type == XML_ELEMENT_NODE && !is_clip(at); at = at->parent) {
+    const std::string name = reinterpret_cast<const char*>(at->name);
+    path = path.empty() ? name : name + "/" + path;
+  }
+  return path;
+}
+
+}  // namespace
+
+std::optional<Column> MergeCollector::column_at(int column) const {
+  if (column < 1 || column > static_cast<int>(headers_.size())) return std::nullopt;
+  const auto* text = std::get_if<std::string>(&headers_[column - 1]);
+  return Column{text ? *text : std::string(), column_letters(column)};
+}
+
+// The column the merge reads a header from: the right-hand one when two carry it.
+std::optional<Column> MergeCollector::column(std::string_view header) const {
+  for (int column = static_cast<int>(headers_.size()); column >= 1; --column) {
+    const auto* text = std::get_if<std::string>(&headers_[column - 1]);
+    if (text && *text == header) return column_at(column);
+  }
+  return std::nullopt;
+}
+
+void MergeCollector::add(FindingKind kind, Severity severity, std::optional<int> row,
+                         std::optional<Column> column, std::optional<ClipRef> clip,
+                         std::string message, std::string suggestion) {
+  Finding finding{kind,
+                  severity,
+                  row,
+                  std::move(column),
+                  std::move(clip),
+                  std::move(message),
+                  std::move(suggestion)};
+  if (row) {
+    row_findings_.push_back(std::move(finding));
+  } else {
+    report_.findings.push_back(std::move(finding));
+  }
+}
+
+void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
+                                const std::vector<LogRow>& rows) {
+  workbook_ = &workbook;
+  headers_ = headers;
+  rows_ = &rows;
+  check_headers();
+}
+
+void MergeCollector::check_headers() {
+  const std::vector<std::string> read = read_headers();
+  const std::vector<std::string> markers = to_strings(marker_headers());
+  for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
+    const auto* header = std::get_if<std::string>(&headers_[column - 1]);
+    if (!header) continue;
+    if (std::find(read.begin(), read.end(), *header) != read.end() ||
+        std::find(markers.begin(), markers.end(), *header) != markers.end()) {
+      continue;
+    }
+    if (header->find("Marker") != std::string::npos) {
+      std::vector<std::string> near = closest(*header, markers, 1);
+      for (const std::string& marker : markers) {
+        if (near.empty() && squashed(*header) == squashed(marker)) near.push_back(marker);
+      }
+      add(FindingKind::ignored_marker_header, Severity::warning, std::nullopt, column_at(column),
+          std::nullopt,
+          fmt::format("the merge ignores the column \"{}\": a header holding \"Marker\" is read "
+                      "only when it is exactly {}",
+                      *header, quoted_list(markers)),
+          near.empty() ? std::string() : fmt::format("rename it \"{}\"", near.front()));
+      continue;
+    }
+    // A lower-case "marker timecode" holds no "Marker": it is an ordinary column, read by nothing.
+    std::vector<std::string> known = read;
+    known.insert(known.end(), markers.begin(), markers.end());
+    std::vector<std::string> near;
+    for (const std::string& candidate : known) {
+      if (squashed(*header) == squashed(candidate)) near.push_back(candidate);
+    }
+    if (near.empty()) near = closest(*header, known, 1);
+    if (near.empty()) continue;
+    add(FindingKind::near_header, Severity::warning, std::nullopt, column_at(column), std::nullopt,
+        fmt::format("the merge does not read the column \"{}\": headers must match exactly, and it "
+                    "reads \"{}\"",
+                    *header, near.front()),
+        fmt::format("rename it \"{}\"", near.front()));
+  }
+}
+
+void MergeCollector::document_read(const Document& document) {
+  if (changes_) document.observe(this);
+}
+
+void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) {
+  const ClipRef clip{match.name, match.id};
+  clips_.push_back(clip);
+  if (match.rows.empty()) return;
+  clips_by_name_[match.name].push_back(clip);
+  for (std::size_t j = 1; j < match.rows.size(); ++j) {
+    add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
+        fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
+                    "copy of the clip (id \"{} clip0{}\")",
+                    sheet_row(match.rows[j]), sheet_row(match.rows[0]), match.id.value_or(""), j));
+  }
+  const std::size_t rows = rows_->size();
+  if (position < rows) return;
+  for (std::size_t row : match.rows) {
+    add(FindingKind::position_limit, Severity::warning, sheet_row(row), std::nullopt, clip,
+        fmt::format(
+            "clip \"{}\" stands at position {} of the document (counting from 0), not below "
+            "the sheet's {} data rows: row {} only clears its In/Out and makes subclip "
+            "copies; its duration, subclip, logging fields, markers and aux timecodes are "
+            "not written",
+            match.name, position, rows, sheet_row(row)),
+        fmt::format("add {} more data row{} (blank rows count) to the sheet", position + 1 - rows,
+                    position + 1 - rows == 1 ? "" : "s"));
+  }
+}
+
+void MergeCollector::row_started(const ClipMatch& match, std::size_t j) {
+  record_copies(match);
+  row_ = sheet_row(match.rows[j]);
+  clip_name_ = match.name;
+}
+
+void MergeCollector::row_timed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                               std::int64_t clip_duration) {
+  const std::size_t position = match.rows[j];
+  check_cells((*rows_)[position], sheet_row(position), ClipRef{match.name, match.id});
+  check_timecodes(match, j, timing, clip_duration);
+}
+
+void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
+  if (const std::string* good = row.field("Good"); good && looks_like_yes(*good)) {
+    add(FindingKind::good_not_yes, Severity::warning, at, column("Good"), clip,
+        fmt::format("the Good cell reads \"{}\", which the merge writes as FALSE: only yes or y "
+                    "(any letter case, nothing around it) mark a clip good",
+                    *good),
+        "write \"yes\"");
+  }
+  const std::vector<std::string> colors = to_strings(marker_color_names());
+  const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
+  for (std::size_t i = 0; i < row.markers.size(); ++i) {
+    const MarkerEntry& marker = row.markers[i];
+    if (!marker.color || marker.color->empty() ||
+        std::find(colors.begin(), colors.end(), *marker.color) != colors.end()) {
+      continue;
+    }
+    std::vector<std::string> near = closest(*marker.color, colors, 1);
+    add(FindingKind::unknown_marker_color, Severity::warning, at,
+        i < columns.size() ? column_at(columns[i].color) : std::nullopt, clip,
+        fmt::format("the marker at \"{}\" has the colour \"{}\", which is not in the colour table "
+                    "({}); the marker will be red",
+                    marker.timecode, *marker.color, fmt::join(colors, ", ")),
+        near.empty() ? std::string() : fmt::format("write \"{}\"", near.front()));
+  }
+}
+
+void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
+                                     const ClipTiming& timing, std::int64_t clip_duration) {
+  const LogRow& row = (*rows_)[match.rows[j]];
+  const int at = sheet_row(match.rows[j]);
+  const ClipRef clip{match.name, match.id};
+  const std::int64_t per_second = timing.rate ? timing.timebase : 0;
+  // The frame of a timecode relative to the clip's start, as the merge places it; none when the
+  // text is not a timecode (reported) or the clip has no rate entry (the merge fails on it).
+  auto frame_of = [&](const std::string& text, std::optional<Column> where,
+                      std::string_view what) -> std::optional<std::int64_t> {
+    if (!timing.rate) return std::nullopt;
+    const std::int64_t frame =
+        to_frames(text, timing.rate->fcp_rate, timing.display_format) - timing.start_frame;
+    if (!is_timecode(text, per_second)) {
+      add(FindingKind::not_a_timecode, Severity::warning, at, where, clip,
+          fmt::format("the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
+                      what, text, frame),
+          "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
+      return std::nullopt;
+    }
+    if (frame < 0 || frame >= clip_duration) {
+      add(FindingKind::outside_media, Severity::warning, at, where, clip,
+          fmt::format("the {} \"{}\" lies outside the clip's media: it is frame {}, and the clip "
+                      "holds frames 0 to {}",
+                      what, text, frame, clip_duration - 1));
+    }
+    return frame;
+  };
+
+  const std::string* in = row.field("In");
+  const std::string* out = row.field("Out");
+  if (match.several && in && out && !in->empty() && !out->empty()) {
+    const auto first = frame_of(*in, column("In"), "In");
+    const auto last = frame_of(*out, column("Out"), "Out");
+    if (first && last && *last < *first) {
+      add(FindingKind::out_before_in, Severity::warning, at, column("Out"), clip,
+          fmt::format("the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}",
+                      *out, *in, *last + 1 - *first),
+          "swap In and Out");
+    }
+  }
+  const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
+  for (std::size_t i = 0; i < row.markers.size(); ++i) {
+    frame_of(row.markers[i].timecode,
+             i < columns.size() ? column_at(columns[i].timecode) : std::nullopt, "marker timecode");
+  }
+  if (!match.clips[j].first("file/timecode/displayformat")) return;
+  for (std::string_view header : aux_timecode_headers()) {
+    const std::string* value = row.field(header);
+    if (!value || value->empty() || is_timecode(*value, timing.timebase)) continue;
+    add(FindingKind::not_a_timecode, Severity::warning, at, column(header), clip,
+        fmt::format("the {} \"{}\" is not a timecode", header, *value),
+        "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
+  }
+}
+
+void MergeCollector::merge_finished(const std::vector<bool>& row_used) {
+  check_unmatched(row_used);
+  check_shared_names();
+  flush_findings();
+}
+
+void MergeCollector::flush_findings() {
+  std::stable_sort(row_findings_.begin(), row_findings_.end(),
+                   [](const Finding& a, const Finding& b) { return *a.row < *b.row; });
+  for (Finding& finding : row_findings_) report_.findings.push_back(std::move(finding));
+  row_findings_.clear();
+}
+
+void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
+  const std::optional<Column> name_column = column("Name");
+  for (std::size_t position = 0; position < rows_->size(); ++position) {
+    const LogRow& row = (*rows_)[position];
+    if (row_used[position] || is_blank(row)) continue;
+    const std::string* name = row.field("Name");
+    if (!name) {
+      add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), std::nullopt,
+          std::nullopt, "the sheet has no \"Name\" column, so no row names a clip",
+          "head the column of clip names \"Name\"");
+      continue;
+    }
+    std::optional<ClipRef> same;
+    NearMiss reasons;
+    for (const ClipRef& clip : clips_) {
+      reasons = near_miss_reasons(*name, clip.name);
+      if (reasons.any()) {
+        same = clip;
+        break;
+      }
+    }
+    std::string message = name->empty() ? std::string("the row has no Name, so it names no clip")
+                                        : fmt::format("no clip is named \"{}\"", *name);
+    std::string suggestion;
+    if (same) {
+      message += fmt::format("; the clip \"{}\" would match if {} were set aside", same->name,
+                             describe(reasons));
+      suggestion = fmt::format("write \"{}\"", same->name);
+    } else if (!name->empty()) {
+      std::vector<std::string> names;
+      for (const ClipRef& clip : clips_) names.push_back(clip.name);
+      const std::vector<std::string> near = closest(*name, names, 3);
+      if (!near.empty()) suggestion = fmt::format("did you mean {}?", quoted_list(near));
+    }
+    add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), name_column,
+        std::move(same), std::move(message), std::move(suggestion));
+  }
+}
+
+void MergeCollector::check_shared_names() {
+  for (const auto& [name, clips] : clips_by_name_) {
+    if (clips.size() < 2) continue;
+    std::vector<std::string> ids;
+    for (const ClipRef& clip : clips) ids.push_back(clip.id.value_or("no id"));
+    for (std::size_t position = 0; position < rows_->size(); ++position) {
+      const std::string* row_name = (*rows_)[position].field("Name");
+      if (!row_name || *row_name != name) continue;
+      add(FindingKind::shared_clip_name, Severity::warning, sheet_row(position), column("Name"),
+          clips.front(),
+          fmt::format("{} clips are named \"{}\" (ids {}): each of them gets this row",
+                      clips.size(), name, fmt::join(ids, ", ")));
+    }
+  }
+}
+
+std::optional<ClipRef> MergeCollector::clip_of(Element element) const {
+  xmlNodePtr clip = is_clip(element.node()) ? element.node() : enclosing_clip(element.node());
+  if (!clip) return std::nullopt;
+  const Element found(clip);
+  std::string name = clip_name_ ? *clip_name_ : std::string();
+  if (!clip_name_) {
+    if (Element name_element = found.first("name")) name = name_element.text();
+  }
+  return ClipRef{std::move(name), found.attribute("id")};
+}
+
+bool MergeCollector::in_copy_being_made(Element element) const {
+  for (xmlNodePtr up = element.node(); up; up = up->parent) {
+    if (std::find(copies_.begin(), copies_.end(), up) != copies_.end()) return true;
+  }
+  return false;
+}
+
+void MergeCollector::record(Change change) { report_.changes.push_back(std::move(change)); }
+
+// The copies appended for a clip's further rows, once complete: each with its own row.
+void MergeCollector::record_copies(const ClipMatch& match) {
+  if (copies_.empty()) return;
+  for (std::size_t j = 1; j < match.clips.size(); ++j) {
+    const Element copy = match.clips[j];
+    if (std::find(copies_.begin(), copies_.end(), copy.node()) == copies_.end()) continue;
+    record({ChangeKind::subclip_made, sheet_row(match.rows[j]),
+            ClipRef{match.name, copy.attribute("id")}, "clip", std::nullopt, std::nullopt,
+            leaves_of(copy)});
+  }
+  copies_.clear();
+}
+
+void MergeCollector::setting_text(Element element, std::string_view text) {
+  if (in_copy_being_made(element)) return;
+  std::string old_text = element.text();
+  if (old_text == text) return;
+  record({ChangeKind::text_set,
+          row_,
+          clip_of(element),
+          path_of(element.node()),
+          std::move(old_text),
+          std::string(text),
+          {}});
+}
+
+void MergeCollector::setting_attribute(Element element, const char* name, std::string_view value) {
+  if (in_copy_being_made(element)) return;
+  std::optional<std::string> old_text = element.attribute(name);
+  if (old_text == value) return;
+  const std::string path = path_of(element.node());
+  record({ChangeKind::attribute_set,
+          row_,
+          clip_of(element),
+          path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
+          std::move(old_text),
+          std::string(value),
+          {}});
+}
+
+void MergeCollector::inserted(Element node) {
+  if (node.node()->type != XML_ELEMENT_NODE || in_copy_being_made(node)) return;
+  if (is_clip(node.node())) {
+    copies_.push_back(node.node());
+    return;
+  }
+  record({ChangeKind::added, row_, clip_of(node), path_of(node.node()), std::nullopt, std::nullopt,
+          leaves_of(node)});
+}
+
+void MergeCollector::removing(Element node) {
+  if (node.node()->type != XML_ELEMENT_NODE || in_copy_being_made(node)) return;
+  record({ChangeKind::removed, row_, clip_of(node), path_of(node.node()), std::nullopt,
+          std::nullopt, leaves_of(node)});
+}
+
+}  // namespace pellago

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "document/document.hpp"
+#include "merge/clip_match.hpp"
+#include "merge/findings.hpp"
+#include "merge/log_sheet.hpp"
+#include "timecode/clip_timing.hpp"
+#include "workbook/workbook.hpp"
+
+namespace pellago {
+
+// Told by the merge driver what it reads and does, it writes findings (and, when asked, the
+// document changes it observes) into a CheckReport. Each call comes from the driver at the named
+// point of the merge; the collector never changes what the merge does.
+struct MergeCollector final : EditObserver {
+  MergeCollector(CheckReport& report, bool changes) : report_(report), changes_(changes) {}
+
+  // The sheet is read; the workbook stays open until the merge ends.
+  void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
+                  const std::vector<LogRow>& rows);
+  // The document is parsed and nothing is changed yet.
+  void document_read(const Document& document);
+  // A clip with a name element is matched (maybe to no row), at its 0-based position.
+  void clip_matched(const ClipMatch& match, std::size_t position);
+  // Row position j of the clip is about to be applied to its target clip.
+  void row_started(const ClipMatch& match, std::size_t j);
+  // The row passed the position limit; its target clip's timing and duration are read.
+  void row_timed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                 std::int64_t clip_duration);
+  // Every clip is visited; row_used[i] tells whether row i named a clip.
+  void merge_finished(const std::vector<bool>& row_used);
+  // Puts the row findings made so far into the report, in sheet order; for a merge that failed.
+  void flush_findings();
+
+  void setting_text(Element element, std::string_view text) override;
+  void setting_attribute(Element element, const char* name, std::string_view value) override;
+  void inserted(Element node) override;
+  void removing(Element node) override;
+
+ private:
+  std::optional<Column> column(std::string_view header) const;
+  std::optional<Column> column_at(int column) const;
+  void add(FindingKind kind, Severity severity, std::optional<int> row,
+           std::optional<Column> column, std::optional<ClipRef> clip, std::string message,
+           std::string suggestion = {});
+  void check_headers();
+  void check_cells(const LogRow& row, int sheet_row, const ClipRef& clip);
+  void check_timecodes(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                       std::int64_t clip_duration);
+  void check_unmatched(const std::vector<bool>& row_used);
+  void check_shared_names();
+  std::optional<ClipRef> clip_of(Element element) const;
+  bool in_copy_being_made(Element element) const;
+  void record(Change change);
+  void record_copies(const ClipMatch& match);
+
+  CheckReport& report_;
+  bool changes_;
+  const Workbook* workbook_ = nullptr;
+  std::vector<Cell> headers_;
+  const std::vector<LogRow>* rows_ = nullptr;
+  std::vector<ClipRef> clips_;  // every clip with a name element, document order
+  std::map<std::string, std::vector<ClipRef>> clips_by_name_;
+  std::vector<Finding> row_findings_;  // sorted into sheet order when the merge ends
+  // The row being applied and the name its clip was matched by.
+  std::optional<int> row_;
+  std::optional<std::string> clip_name_;
+  std::vector<xmlNodePtr> copies_;  // copies appended but not yet reported
+};
+
+}  // namespace pellago

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "document/document.hpp"
+#include "merge/add_log_notes.hpp"
+#include "merge/log_sheet.hpp"
+
+namespace pellago {
+
+struct MergeCollector;
+
+struct MergedDocument {
+  MergeReport report;
+  std::optional<Document> document;  // none when the sheet is not a log sheet or the host cancelled
+};
+
+// The whole merge in memory, without writing anything: what add_log_notes writes out. A collector
+// is told each step as it happens; a plain merge passes none.
+MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
+                              const Host& host, MergeCollector* collector);
+
+// A row whose fields are all empty text and that has no marker.
+bool is_blank(const LogRow& row);
+
+}  // namespace pellago

@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# Checks the contract of `pellago check`: the findings of a sheet full of typical mistakes as JSON
+# (compared with a file checked by hand), a clean sheet (status 0), a clip beyond the sheet's rows
+# in the one-line form, the change listing, and statuses 1 (with the merge's own error line), 2
+# and 3.
+# Usage: check_test.sh PATH_OF_PELLAGO SOURCE_DIR
+set -u
+pellago=$1
+source_dir=$2
+data="$source_dir/tests/merge/data"
+project="$source_dir/examples/project.xml"
+failures=0
+
+fail() {
+  echo "FAIL: $*"
+  failures=$((failures + 1))
+}
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+# run ARGUMENT...: runs pellago; sets status, out and err.
+run() {
+  "$pellago" "$@" >"$scratch/stdout" 2>"$scratch/stderr" </dev/null
+  status=$?
+  out=$(cat "$scratch/stdout")
+  err=$(cat "$scratch/stderr")
+}
+
+expect_status() {
+  [[ $status -eq $1 ]] || fail "$2: status $status, expected $1 (stderr: $err)"
+}
+
+# A dozen typical mistakes: status 4 and exactly the findings checked by hand.
+run check --json "$data/check_mistakes.xlsx" "$project"
+expect_status 4 "mistakes"
+diff -u "$data/check_mistakes_findings.json" "$scratch/stdout" || fail "mistakes: findings differ"
+[[ -z $err ]] || fail "mistakes wrote to stderr: '$err'"
+
+# A clean sheet: status 0, and only the summary.
+run check "$data/check_clean.xlsx" "$project"
+expect_status 0 "clean sheet"
+[[ $out == "0 findings; a merge would visit 6 clips (5 changed, 0 subclips made, 2 markers added); 0 sheet rows matched no clip" ]] ||
+  fail "clean sheet says '$out'"
+
+# A clip further down the document than the sheet has rows, one line per finding.
+run check "$data/check_short.xlsx" "$project"
+expect_status 4 "short sheet"
+[[ $(sed -n 1p "$scratch/stdout") == 'row 2, clip "C001_C002_0611EF" (id C001_C002_0611EF): warning: clip "C001_C002_0611EF" stands at position 5 of the document (counting from 0), not below the sheet'"'"'s 2 data rows: row 2 only clears its In/Out and makes subclip copies; its duration, subclip, logging fields, markers and aux timecodes are not written (add 4 more data rows (blank rows count) to the sheet)' ]] ||
+  fail "short sheet says '$out'"
+
+# --changes lists the merge's changes after the findings; nothing is written anywhere.
+cp "$project" "$scratch/project.xml"
+run check --changes "$source_dir/examples/log_sheet.xlsx" "$scratch/project.xml"
+expect_status 4 "changes"
+grep -qxF 'row 2, clip "A001_C001_0611AB" (id A001_C001_0611AB): labels/label2: "" -> "Interview"' "$scratch/stdout" ||
+  fail "changes lack the label2 of row 2"
+grep -qxF 'row 4, clip "A001_C002_0611AB" (id A001_C002_0611AB clip01): made a copy of the clip for the row'"'"'s subclip' "$scratch/stdout" ||
+  fail "changes lack the first subclip copy"
+cmp -s "$project" "$scratch/project.xml" || fail "check changed its XML file"
+[[ $(ls -A "$scratch" | sort | tr '\n' ' ') == "project.xml stderr stdout " ]] || fail "check wrote a file"
+
+# A merge that would fail, and an XML file that cannot be read: status 1 and the merge's own line.
+sed '/<duration>1500<\/duration>/d' "$project" >"$scratch/broken.xml"
+for xml in "$scratch/broken.xml" "$scratch/missing.xml"; do
+  run merge "$source_dir/examples/log_sheet.xlsx" "$xml" "$scratch/out.xml"
+  merge_err=$err
+  run check "$source_dir/examples/log_sheet.xlsx" "$xml"
+  expect_status 1 "check of $xml"
+  [[ -n $err && $err == "$merge_err" ]] || fail "check says '$err', merge says '$merge_err'"
+done
+
+# Not a log sheet: status 3. Wrong usage: status 2.
+run check "$scratch/log.XLSX" "$project"
+expect_status 3 "upper-case extension"
+run check "$data/check_clean.xlsx"
+expect_status 2 "one argument"
+[[ $err == "pellago: XML is required; see 'pellago check --help'" ]] || fail "one argument says '$err'"
+
+if [[ $failures -ne 0 ]]; then
+  echo "$failures check check(s) failed"
+  exit 1
+fi
+echo "all check checks passed"

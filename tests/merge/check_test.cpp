@@ -1,0 +1,178 @@
+#include "merge/check.hpp"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <libxml/tree.h>
+
+#include <map>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "document/document.hpp"
+#include "merge/add_log_notes.hpp"
+#include "merge_files.hpp"
+
+namespace pellago::merge_test {
+namespace {
+
+// One text of a document: the id of the nearest clip holding it ("" outside every clip), the
+// path from that clip (from the root element outside clips; attributes as ".../@name") and the
+// text of an element that holds no element, or an attribute's value.
+using Fact = std::tuple<std::string, std::string, std::string>;
+using Facts = std::map<Fact, int>;
+
+std::string joined(const std::string& path, const std::string& below) {
+  if (below.empty()) return path;
+  return path.empty() ? below : path + "/" + below;
+}
+
+void collect_facts(xmlNodePtr node, std::string clip, const std::string& path, Facts& facts) {
+  const Element element(node);
+  if (element.name() == "clip") clip = element.attribute("id").value_or("");
+  const std::string here = element.name() == "clip" ? std::string() : joined(path, element.name());
+  for (xmlAttrPtr attribute = node->properties; attribute; attribute = attribute->next) {
+    const char* name = reinterpret_cast<const char*>(attribute->name);
+    ++facts[{clip, joined(here, std::string("@") + name), element.attribute(name).value_or("")}];
+  }
+  bool holds_element = false;
+  for (xmlNodePtr child = node->children; child; child = child->next) {
+    if (child->type != XML_ELEMENT_NODE) continue;
+    holds_element = true;
+    collect_facts(child, clip, here, facts);
+  }
+  if (!holds_element) ++facts[{clip, here, element.text()}];
+}
+
+Facts facts_of(const std::string& path) {
+  const Document document = Document::parse_file(path);
+  Facts facts;
+  collect_facts(document.root().node(), "", "", facts);
+  return facts;
+}
+
+// The input's facts with every listed change made to them, in order.
+Facts replayed(Facts facts, const std::vector<Change>& changes) {
+  const auto take = [&facts](const Fact& fact) {
+    auto found = facts.find(fact);
+    if (found == facts.end()) {
+      ADD_FAILURE() << "a change takes away what the document does not hold: " << std::get<0>(fact)
+                    << " " << std::get<1>(fact) << " \"" << std::get<2>(fact) << "\"";
+      return;
+    }
+    if (--found->second == 0) facts.erase(found);
+  };
+  for (const Change& change : changes) {
+    const std::string clip = change.clip ? change.clip->id.value_or("") : "";
+    switch (change.kind) {
+      case ChangeKind::text_set:
+      case ChangeKind::attribute_set:
+        take({clip, change.element, change.old_text.value_or("")});
+        ++facts[{clip, change.element, change.new_text.value_or("")}];
+        break;
+      case ChangeKind::added:
+        for (const auto& [below, text] : change.content) {
+          ++facts[{clip, joined(change.element, below), text}];
+        }
+        break;
+      case ChangeKind::removed:
+        for (const auto& [below, text] : change.content) {
+          take({clip, joined(change.element, below), text});
+        }
+        break;
+      case ChangeKind::subclip_made:
+        for (const auto& [below, text] : change.content) ++facts[{clip, below, text}];
+        break;
+    }
+  }
+  return facts;
+}
+
+// The facts of `a` that `b` holds fewer times, one line each.
+std::vector<std::string> beyond(const Facts& a, const Facts& b) {
+  std::vector<std::string> lines;
+  for (const auto& [fact, count] : a) {
+    const auto found = b.find(fact);
+    if (found != b.end() && found->second >= count) continue;
+    lines.push_back(
+        fmt::format("{} | {} | {}", std::get<0>(fact), std::get<1>(fact), std::get<2>(fact)));
+  }
+  return lines;
+}
+
+class CheckTest : public ScratchFolderTest {
+ protected:
+  // The check's change list, made to the input, gives exactly what the merge writes.
+  void expect_changes_are_the_merge(const std::string& sheet, const std::string& xml) {
+    SCOPED_TRACE(sheet);
+    const CheckReport report = check(sheet, xml, {.changes = true});
+    ASSERT_FALSE(report.error) << *report.error;
+    add_log_notes(sheet, xml, path("out.xml"));
+    const Facts listed = replayed(facts_of(xml), report.changes);
+    const Facts written = facts_of(path("out.xml"));
+    EXPECT_THAT(beyond(written, listed), testing::IsEmpty()) << "written but not listed";
+    EXPECT_THAT(beyond(listed, written), testing::IsEmpty()) << "listed but not written";
+    EXPECT_TRUE(check(sheet, xml).changes.empty()) << "changes collected without being asked";
+  }
+};
+
+TEST_F(CheckTest, ChangesAreExactlyWhatTheMergeWrites) {
+  const std::string project = source_path("examples/project.xml");
+  expect_changes_are_the_merge(source_path("examples/log_sheet.xlsx"), project);
+  for (const char* sheet : {"check_mistakes.xlsx", "check_clean.xlsx", "check_short.xlsx"}) {
+    expect_changes_are_the_merge(data_path(sheet), project);
+  }
+}
+
+// Names typed as macOS and spreadsheets hand them over: decomposed accents, a number cell, letter
+// case and blanks; and a name that two clips carry.
+TEST_F(CheckTest, NearMissNamesSayWhatSetsThemApart) {
+  std::string project = read_file(source_path("examples/project.xml"));
+  project = replace_after(project, "<clip id=\"A001_C001_0611AB\">",
+                          "<name>A001_C001_0611AB</name>", "<name>Plage d'\u00e9t\u00e9</name>");
+  project = replace_after(project, "<clip id=\"A001_C002_0611AB\">",
+                          "<name>A001_C002_0611AB</name>", "<name>101</name>");
+  project = replace_after(project, "<clip id=\"B001_C002_0611CD\">",
+                          "<name>B001_C002_0611CD</name>", "<name>B001_C001_0611CD</name>");
+  write_file(path("project.xml"), project);
+  write_xlsx(path("log.xlsx"), {{"Name", "Scene"},
+                                {"Plage d'e\u0301te\u0301", "1"},
+                                {101.0, "2"},
+                                {" PLAGE D'\u00c9T\u00c9", "3"},
+                                {"B001_C001_0611CD", "4"},
+                                {"C001_C001_0611EF", "5"},
+                                {"C001_C002_0611EF", "6"}});
+
+  const CheckReport report = check(path("log.xlsx"), path("project.xml"));
+  std::vector<std::tuple<std::string_view, int, std::string, std::string>> found;
+  for (const Finding& finding : report.findings) {
+    found.emplace_back(kind_name(finding.kind), finding.row.value_or(0), finding.message,
+                       finding.suggestion);
+  }
+  EXPECT_THAT(
+      found,
+      testing::ElementsAre(
+          std::make_tuple("unmatched_name", 2,
+                          "no clip is named \"Plage d'e\u0301te\u0301\"; the clip \"Plage "
+                          "d'\u00e9t\u00e9\" would match if Unicode normalisation (NFC/NFD) were "
+                          "set aside",
+                          "write \"Plage d'\u00e9t\u00e9\""),
+          std::make_tuple("unmatched_name", 3,
+                          "no clip is named \"101.0\"; the clip \"101\" would match if a number "
+                          "read as \"101.0\" were set aside",
+                          "write \"101\""),
+          std::make_tuple("unmatched_name", 4,
+                          "no clip is named \" PLAGE D'\u00c9T\u00c9\"; the clip \"Plage "
+                          "d'\u00e9t\u00e9\" would match if blanks at either end and letter case "
+                          "were set aside",
+                          "write \"Plage d'\u00e9t\u00e9\""),
+          std::make_tuple("shared_clip_name", 5,
+                          "2 clips are named \"B001_C001_0611CD\" (ids B001_C001_0611CD, "
+                          "B001_C002_0611CD): each of them gets this row",
+                          "")));
+  expect_changes_are_the_merge(path("log.xlsx"), path("project.xml"));
+}
+
+}  // namespace
+}  // namespace pellago::merge_test
