@@ -74,11 +74,13 @@ std::optional<ChainSelector> chain_selector(std::string_view selector) {
   return chain;
 }
 
-// Compares without measuring the node's name first: most names differ in their first letter.
+// Compares without measuring the node's name first: most names differ in their first letter, which
+// is compared before anything is called. `name` is never empty.
 bool is_element_named(xmlNodePtr node, std::string_view name) {
   if (node->type != XML_ELEMENT_NODE || node->ns != nullptr) return false;
   const char* own = reinterpret_cast<const char*>(node->name);
-  return std::strncmp(own, name.data(), name.size()) == 0 && own[name.size()] == '\0';
+  return own[0] == name[0] && std::strncmp(own, name.data(), name.size()) == 0 &&
+         own[name.size()] == '\0';
 }
 
 // Whether `node` (strictly below `context`) ends the chain: its name is the last one, its parent's
