@@ -91,11 +91,16 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (kind == SheetKind::not_a_log_sheet) return {};
   const LibxmlErrors quiet;
 
-  const Workbook workbook = open_workbook(sheet_path, kind);
-  const std::vector<Cell> headers = read_header_row(workbook);
+  std::optional<Workbook> workbook = open_workbook(sheet_path, kind);
+  const std::vector<Cell> headers = read_header_row(*workbook);
   if (host.set_column_headers) host.set_column_headers(headers);
-  const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
-  if (collector) collector->sheet_read(workbook, headers, rows);
+  const std::vector<LogRow> rows = read_rows(*workbook, headers, sheet_path);
+  // A collector reads the workbook until the merge ends; a plain merge frees its cells now.
+  if (collector) {
+    collector->sheet_read(*workbook, headers, rows);
+  } else {
+    workbook.reset();
+  }
 
   Document document = Document::parse_file(xml_path);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
