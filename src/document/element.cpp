@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <libxml/entities.h>
+#include <libxml/parserInternals.h>
 
 #include "document/document.hpp"
 #include "document/select.hpp"
@@ -194,10 +195,19 @@ std::string Element::text() const {
 }
 
 // The replaced children are detached, not freed: they stay unattached nodes of the document, so a
-// handle to one of them never dangles.
+// handle to one of them never dangles. A lone text child takes the new text in place instead,
+// which saves a node for each text set.
 void Element::set_text(std::string_view text) const {
   require(node_, "set the text of an element");
   if (EditObserver* observer = observer_of_tree(node_)) observer->setting_text(*this, text);
+  xmlNodePtr only = node_->children;
+  if (!text.empty() && only && !only->next && only->type == XML_TEXT_NODE &&
+      only->name == xmlStringText) {
+    xmlNodeSetContentLen(only, reinterpret_cast<const xmlChar*>(text.data()),
+                         static_cast<int>(text.size()));
+    if (!only->content) throw Error("cannot set the text of an element: out of memory");
+    return;
+  }
   while (xmlNodePtr child = node_->children) {
     xmlUnlinkNode(child);
     track_unattached(child);
