@@ -12,6 +12,7 @@ inline constexpr int kExitNotALogSheet = 3;
 
 // Each adds one subcommand to the program; its callback stores the exit status in `status`.
 // Callbacks throw pellago::Error on failure; main turns that into one line and status 1.
+void add_export_command(CLI::App& app, int& status);
 void add_check_command(CLI::App& app, int& status);
 void add_frames_command(CLI::App& app, int& status);
 void add_inspect_command(CLI::App& app, int& status);

@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
   add_inspect_command(app, status);
   add_check_command(app, status);
   add_frames_command(app, status);
+  add_export_command(app, status);
 
   try {
     app.parse(argc, argv);

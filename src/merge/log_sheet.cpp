@@ -149,6 +149,10 @@ std::vector<std::string_view> marker_headers() {
   return headers;
 }
 
+std::string in_project_header(std::string_view header) {
+  return fmt::format("{} (in project)", header);
+}
+
 std::string column_letters(int column) {
   std::string letters;
   for (; column > 0; column = (column - 1) / 26) {

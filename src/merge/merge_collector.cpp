@@ -218,13 +218,16 @@ void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell
 void MergeCollector::check_headers() {
   const std::vector<std::string> read = read_headers();
   const std::vector<std::string> markers = to_strings(marker_headers());
+  // What the merge reads, and the columns an export shows what clips hold in: they are meant.
+  std::vector<std::string> meant = read;
+  meant.insert(meant.end(), markers.begin(), markers.end());
+  for (std::size_t i = 0, known = meant.size(); i < known; ++i) {
+    meant.push_back(in_project_header(meant[i]));
+  }
   for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
     const auto* header = std::get_if<std::string>(&headers_[column - 1]);
     if (!header) continue;
-    if (std::find(read.begin(), read.end(), *header) != read.end() ||
-        std::find(markers.begin(), markers.end(), *header) != markers.end()) {
-      continue;
-    }
+    if (std::find(meant.begin(), meant.end(), *header) != meant.end()) continue;
     if (header->find("Marker") != std::string::npos) {
       std::vector<std::string> near = closest(*header, markers, 1);
       for (const std::string& marker : markers) {

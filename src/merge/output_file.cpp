@@ -130,6 +130,11 @@ void sync_folder(const fs::path& target) {
 
 }  // namespace
 
+void check_output_target(const std::string& path) {
+  if (path == kStandardOutput) return;
+  refuse_unless_regular(follow_links(path), path);
+}
+
 void check_output_target(const std::string& path, const std::string& sheet_path) {
   if (path == kStandardOutput) return;
   const fs::path target = follow_links(path);

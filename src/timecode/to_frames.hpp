@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace pellago {
@@ -12,5 +13,12 @@ namespace pellago {
 // Beyond any real timecode: fields that overflow 64 bits saturate, the total is clamped to the
 // 64-bit range, a NaN rate counts as 0 and the frame base is clamped to +-2^40.
 std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format);
+
+// The timecode text of a frame count, the inverse of to_frames at the same rate and display
+// format: to_frames(to_timecode(f, r, d), r, d) == f for every f. "HH:MM:SS:FF", or "HH:MM:SS;FF"
+// in drop-frame counting ("DF"), which skips the frame labels that to_frames never counts; hours go
+// on past 99. A negative count, or a rate whose frame base is not positive, is written as the
+// plain count ("-12"), which to_frames reads as a frame count at any rate.
+std::string to_timecode(std::int64_t frames, double rate, std::string_view display_format);
 
 }  // namespace pellago
