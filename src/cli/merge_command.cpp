@@ -151,6 +151,7 @@ int run_merge(const MergeOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
   std::optional<ProgressBar> bar;
   Host host;
+  host.keep_document_until_exit = true;
   host.strict = options.strict;
   if (!options.quiet && isatty(STDERR_FILENO)) host.progress = bar.emplace().callbacks();
 

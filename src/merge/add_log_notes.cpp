@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 
 #include "document/document.hpp"
 #include "error.hpp"
@@ -48,6 +49,14 @@ std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
   return unmatched;
 }
 
+// Keeps the document, reachable, until the process ends.
+void keep_until_exit(Document document) {
+  static std::mutex mutex;
+  static auto* kept = new std::vector<Document>;
+  const std::lock_guard lock(mutex);
+  kept->push_back(std::move(document));
+}
+
 // The document, ending in a line feed whether or not libxml2's output did.
 void write_document(const Document& document, const OutputSink& sink) {
   char last = '\0';
@@ -83,11 +92,16 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (kind == SheetKind::not_a_log_sheet) return {};
   const LibxmlErrors quiet;
 
-  const Workbook workbook = open_workbook(sheet_path, kind);
-  const std::vector<Cell> headers = read_header_row(workbook);
+  std::optional<Workbook> workbook = open_workbook(sheet_path, kind);
+  const std::vector<Cell> headers = read_header_row(*workbook);
   if (host.set_column_headers) host.set_column_headers(headers);
-  const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
-  if (collector) collector->sheet_read(workbook, headers, rows);
+  const std::vector<LogRow> rows = read_rows(*workbook, headers, sheet_path);
+  // A collector reads the workbook until the merge ends; a plain merge frees its cells now.
+  if (collector) {
+    collector->sheet_read(*workbook, headers, rows);
+  } else {
+    workbook.reset();
+  }
 
   Document document = Document::parse_file(xml_path);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
@@ -135,6 +149,7 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   const Document& document = *merged.document;
   write_file_replacing(output_path,
                        [&document](const OutputSink& sink) { write_document(document, sink); });
+  if (host.keep_document_until_exit) keep_until_exit(std::move(*merged.document));
   return merged.report;
 }
 

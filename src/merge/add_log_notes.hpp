@@ -35,6 +35,10 @@ struct Host {
   std::optional<Progress> progress;
   // The frame-rate table, asked for whenever a clip's rate is resolved; unset means FRAME_RATES.
   std::function<const FrameRates&()> frame_rates;
+  // For a program that exits right after the merge: the document's tree is not freed but left to
+  // the operating system, which takes it back at exit faster than freeing it node by node. A host
+  // that lives on keeps the default, or keeps every merged tree until it exits.
+  bool keep_document_until_exit = false;
   // Refuse an XML document that is not well-formed instead of merging what could be recovered.
   bool strict = false;
   // Asked before each clip is visited and once more before the output is written, on the calling
