@@ -104,7 +104,7 @@ Cell cell_value(const FreeXL_CellValue& value) {
   }
 }
 
-Workbook read_with_freexl(const std::string& path) {
+Workbook read_with_freexl(const std::string& path, std::uint64_t cell_text_bytes) {
   FreeXlHandle xls;
   check(freexl_open(path.c_str(), &xls.handle), path);
   require_plain(xls.handle, path);
@@ -114,11 +114,19 @@ Workbook read_with_freexl(const std::string& path) {
   check(freexl_worksheet_dimensions(xls.handle, &rows, &columns), path);
 
   Workbook sheet;
+  std::uint64_t text_bytes = 0;
   for (unsigned int row = 0; row < rows; ++row) {
     for (unsigned short column = 0; column < columns; ++column) {
       FreeXL_CellValue value;
       check(freexl_get_cell_value(xls.handle, row, column, &value), path);
-      sheet.set_cell(static_cast<int>(row) + 1, column + 1, cell_value(value));
+      Cell cell = cell_value(value);
+      if (const auto* text = std::get_if<std::string>(&cell)) {
+        text_bytes += text->size();
+        if (text_bytes > cell_text_bytes) {
+          throw Error(fmt::format("{}: {}", path, cell_text_cap_message(cell_text_bytes)));
+        }
+      }
+      sheet.set_cell(static_cast<int>(row) + 1, column + 1, std::move(cell));
     }
   }
   return sheet;
@@ -126,9 +134,10 @@ Workbook read_with_freexl(const std::string& path) {
 
 }  // namespace
 
-Workbook read_xls(const std::string& path) {
+Workbook read_xls(const std::string& path, std::uint64_t cell_text_bytes) {
   require_compound_document(path);
-  return read_isolated(path, [&path] { return read_with_freexl(path); });
+  return read_isolated(
+      path, [&path, cell_text_bytes] { return read_with_freexl(path, cell_text_bytes); });
 }
 
 }  // namespace pellago
