@@ -146,12 +146,7 @@ std::string summary(const MergeReport& report, const MergeOptions& options) {
 
 void warn_recovered(const RecoveredErrors& errors, const std::string& xml) {
   if (errors.count == 0) return;
-  std::fputs(
-      fmt::format("pellago: warning: {} is not well-formed XML: line {}, column {}: {}; "
-                  "merged what could be recovered ({})\n",
-                  xml, errors.line, errors.column, errors.message, counted(errors.count, "error"))
-          .c_str(),
-      stderr);
+  std::fputs(fmt::format("pellago: warning: {}\n", recovered_warning(errors, xml)).c_str(), stderr);
 }
 
 int run_merge(const MergeOptions& options) {

@@ -71,6 +71,14 @@ bool cancel_requested(const Host& host) { return host.cancel_requested && host.c
 
 }  // namespace
 
+std::string recovered_warning(const RecoveredErrors& errors, const std::string& xml_path) {
+  return fmt::format(
+      "{} is not well-formed XML: line {}, column {}: {}; merged what could be recovered ({} "
+      "error{})",
+      xml_path, errors.line, errors.column, errors.message, errors.count,
+      errors.count == 1 ? "" : "s");
+}
+
 bool is_blank(const LogRow& row) {
   return row.markers.empty() &&
          std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });

@@ -62,4 +62,8 @@ struct MergeReport {
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host = {});
 
+// The warning front ends give about a document that was recovered: the file, the first error's
+// line, column and message, and how many errors there were. Only for a count above 0.
+std::string recovered_warning(const RecoveredErrors& errors, const std::string& xml_path);
+
 }  // namespace pellago
