@@ -29,7 +29,8 @@ ignores; a Good cell that looks like yes but reads FALSE; a marker colour outsid
 the table; In, Out, marker and aux texts that are not timecodes, markers and
 In/Out outside the clip's media, Out before In; clips further down the document
 than the sheet has rows; names several clips share; rows that repeat a name
-(they become subclips, a note).
+(they become subclips, a note); an XML document that is not well-formed (the
+first error's line and column: clips after it may be missing).
 
 --changes also lists every change the merge would make to the document: element
 texts (old and new), elements added and removed, subclip copies made.
@@ -59,8 +60,9 @@ std::string finding_line(const Finding& finding) {
         fmt::format("column {} \"{}\"", finding.column->letter, finding.column->header));
   }
   if (finding.clip) where.push_back(clip_text(*finding.clip));
-  std::string line =
-      where.empty() ? std::string("sheet") : fmt::format("{}", fmt::join(where, ", "));
+  if (where.empty())
+    where.emplace_back(finding.kind == FindingKind::recovered_xml ? "document" : "sheet");
+  std::string line = fmt::format("{}", fmt::join(where, ", "));
   line += fmt::format(": {}: {}", severity_name(finding.severity), finding.message);
   if (!finding.suggestion.empty()) line += fmt::format(" ({})", finding.suggestion);
   return line;

@@ -105,7 +105,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
 
   Document document = Document::parse_file(xml_path);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
-  if (collector) collector->document_read(document);
+  if (collector) collector->document_read(document, xml_path);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
   set_up_progress(host, clips.size());

@@ -11,10 +11,11 @@ namespace pellago {
 namespace {
 
 // Indexed by the enumerators' values, in their order.
-constexpr std::array<std::string_view, 12> kKindNames{
+constexpr std::array<std::string_view, 13> kKindNames{
     "unmatched_name",       "near_header",      "ignored_marker_header", "good_not_yes",
     "unknown_marker_color", "not_a_timecode",   "outside_media",         "out_before_in",
-    "position_limit",       "shared_clip_name", "repeated_name",         "merge_fails"};
+    "position_limit",       "shared_clip_name", "repeated_name",         "merge_fails",
+    "recovered_xml"};
 constexpr std::array<std::string_view, 3> kSeverityNames{"note", "warning", "error"};
 constexpr std::array<std::string_view, 5> kChangeKindNames{"text_set", "attribute_set", "added",
                                                            "removed", "subclip_made"};

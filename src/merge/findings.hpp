@@ -25,6 +25,7 @@ enum class FindingKind {
   shared_clip_name,       // several clips carry the row's Name; each of them gets the row
   repeated_name,          // a row that repeats an earlier row's Name: it becomes a subclip
   merge_fails,            // the merge would fail with this error
+  recovered_xml,          // the XML document is not well-formed: clips may be missing
 };
 
 // warning: the sheet probably does not say what its writer meant. note: worth knowing, often

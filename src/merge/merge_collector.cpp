@@ -264,7 +264,17 @@ void MergeCollector::check_headers() {
   }
 }
 
-void MergeCollector::document_read(const Document& document) {
+void MergeCollector::document_read(const Document& document, const std::string& xml_path) {
+  const RecoveredErrors& errors = document.recovered_errors();
+  if (errors.count > 0) {
+    add(FindingKind::recovered_xml, Severity::warning, std::nullopt, std::nullopt, std::nullopt,
+        fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} error{} in all); a "
+                    "merge reads only what could be recovered, so clips after line {} may be "
+                    "missing",
+                    xml_path, errors.line, errors.column, errors.message, errors.count,
+                    errors.count == 1 ? "" : "s", errors.line),
+        "repair the document or export it again");
+  }
   if (options_.changes) document.observe(this);
 }
 

@@ -27,8 +27,8 @@ struct MergeCollector final : EditObserver {
   // The sheet is read; the workbook stays open until the merge ends.
   void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
                   const std::vector<LogRow>& rows);
-  // The document is parsed and nothing is changed yet.
-  void document_read(const Document& document);
+  // The document at xml_path is parsed and nothing is changed yet.
+  void document_read(const Document& document, const std::string& xml_path);
   // A clip with a name element is matched (maybe to no row), at its 0-based position.
   void clip_matched(const ClipMatch& match, std::size_t position);
   // Row position j of the clip is about to be applied to its target clip.

@@ -8,6 +8,7 @@
 #include "error.hpp"
 #include "workbook/xls_reader.hpp"
 #include "workbook/xlsx_reader.hpp"
+#include "workbook/zip_package.hpp"
 
 namespace pellago {
 
@@ -50,6 +51,11 @@ void Workbook::set_cell(int row, int column, Cell value) {
     }
   }
   last_column_ = std::max(last_column_, column);
+}
+
+std::string cell_text_cap_message(std::uint64_t limit) {
+  return fmt::format("the worksheet's text passes {}; refusing it as a likely bomb",
+                     describe_size(limit));
 }
 
 SheetKind sheet_kind(const std::string& path) {

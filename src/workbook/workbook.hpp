@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
@@ -52,6 +53,13 @@ class Workbook {
   std::vector<std::vector<Entry>> rows_;
   int last_column_ = 0;
 };
+
+// The text of all the cells of a sheet together may not pass this many bytes: a file of a few
+// kilobytes can name one long string in thousands of cells.
+inline constexpr std::uint64_t kCellTextBytes = std::uint64_t{256} << 20;
+
+// What a reader says when a sheet's cell text passes `limit`.
+std::string cell_text_cap_message(std::uint64_t limit);
 
 enum class SheetKind { xls, xlsx, not_a_log_sheet };
 

@@ -40,8 +40,6 @@ constexpr std::uint16_t kBiff8 = 0x0600;
 constexpr std::uint16_t kGlobalsSubstream = 0x0005;
 constexpr std::uint16_t kWorksheetSubstream = 0x0010;
 constexpr int kColumns = 256;
-// All the text cells of a sheet together; shared strings are counted at every cell using them.
-constexpr std::uint64_t kCellTextLimit = std::uint64_t{1} << 30;
 
 [[noreturn]] void damaged(std::string_view what) {
   throw Error(fmt::format("the workbook records are damaged: {}", what));
@@ -161,7 +159,8 @@ double rk_number(std::uint32_t rk) {
 // Fills a Workbook from the cell records of the first worksheet.
 class SheetReader {
  public:
-  explicit SheetReader(const Globals& globals) : globals_(globals) {}
+  SheetReader(const Globals& globals, std::uint64_t cell_text_limit)
+      : globals_(globals), cell_text_limit_(cell_text_limit) {}
 
   void read(RecordStream& records) {
     require_bof(records.next(), kWorksheetSubstream);
@@ -296,14 +295,13 @@ class SheetReader {
 
   void store_text(Position at, const std::string& text) {
     cell_text_bytes_ += text.size();
-    if (cell_text_bytes_ > kCellTextLimit) {
-      throw Error("the worksheet's text passes 1 GiB; refusing it as a likely bomb");
-    }
+    if (cell_text_bytes_ > cell_text_limit_) throw Error(cell_text_cap_message(cell_text_limit_));
     sheet.set_cell(at.row, at.column, text);
   }
 
   const Globals& globals_;
   std::optional<Position> pending_string_;
+  const std::uint64_t cell_text_limit_;
   std::uint64_t cell_text_bytes_ = 0;
 };
 
@@ -323,7 +321,7 @@ void require_compound_document(const std::string& path) {
 
 }  // namespace
 
-Workbook read_xls(const std::string& path) {
+Workbook read_xls(const std::string& path, std::uint64_t cell_text_bytes) {
   require_compound_document(path);
   const std::vector<std::uint8_t> stream = read_workbook_stream(path);
   try {
@@ -331,7 +329,7 @@ Workbook read_xls(const std::string& path) {
     const Globals globals = read_globals(globals_records);
     if (!globals.first_worksheet) throw Error("it has no worksheet");
     RecordStream sheet_records(stream, *globals.first_worksheet);
-    SheetReader reader(globals);
+    SheetReader reader(globals, cell_text_bytes);
     reader.read(sheet_records);
     return std::move(reader.sheet);
   } catch (const Error& e) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "workbook/workbook.hpp"
@@ -8,8 +9,8 @@ namespace pellago {
 
 // Reads the first worksheet of a binary (BIFF8) workbook: the compound file with libolecf, the
 // records with RecordStream. Numbers under a date or time format are DateTimes, booleans truth
-// values, error cells the error's text; a formula cell holds its cached result. Throws Error
-// naming the file.
-Workbook read_xls(const std::string& path);
+// values, error cells the error's text; a formula cell holds its cached result. Text cells past
+// cell_text_bytes in all are refused. Throws Error naming the file.
+Workbook read_xls(const std::string& path, std::uint64_t cell_text_bytes = kCellTextBytes);
 
 }  // namespace pellago

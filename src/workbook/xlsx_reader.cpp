@@ -218,8 +218,7 @@ class WorksheetHandler final : public PartHandler {
   void store_text(std::string_view text) {
     cell_text_bytes_ += text.size();
     if (cell_text_bytes_ > context_.cell_text_limit) {
-      throw Error(fmt::format("the worksheet's text passes {}; refusing it as a likely bomb",
-                              describe_size(context_.cell_text_limit)));
+      throw Error(cell_text_cap_message(context_.cell_text_limit));
     }
     sheet.set_cell(row_, column_, std::string(text));
   }

@@ -341,6 +341,37 @@ class ModuleMergeTest < Minitest::Test
     refute File.exist?(output)
   end
 
+  # Running out of memory is a NoMemoryError; a document cut short merges what was recovered,
+  # with a Ruby warning naming the file, the first error's place and the count. Nothing from
+  # libxml2 reaches standard error.
+  def test_memory_and_malformed_documents
+    bomb = File.join(SOURCE_DIR, "tests/workbook/data/shared_bomb.xlsx")
+    cut = File.join(@tmp, "cut.xml")
+    File.write(cut, File.read(data("project.xml"))[0, 1000])
+    state = in_child(<<~RUBY)
+      require "Pellago_algorithm"
+      host = Controller.new
+      warnings = []
+      Warning.singleton_class.define_method(:warn) { |message| warnings << message }
+      merged = host.merge(#{data('log_sheet.xls').inspect}, #{cut.inspect}, #{output.inspect})
+      written = File.exist?(#{output.inspect})
+      File.delete(#{output.inspect})
+      size = File.read("/proc/self/status")[/VmSize:\s+(\d+)/, 1].to_i * 1024
+      Process.setrlimit(:AS, size + 150 * 1024 * 1024)
+      [merged, written, warnings,
+       error_of { host.merge(#{bomb.inspect}, #{data('project.xml').inspect}, #{output.inspect}) }]
+    RUBY
+    assert_nil state[0]
+    assert state[1], "the recovered document is merged"
+    assert_equal 1, state[2].size
+    assert_match(/: warning: #{Regexp.escape(cut)} is not well-formed XML: line \d+, column \d+: .+; /,
+                 state[2][0])
+    assert_match(/; merged what could be recovered \(\d+ errors?\)\n\z/, state[2][0])
+    assert_equal "NoMemoryError", state[3][0]
+    refute File.exist?(output)
+    assert_equal "", @stderr
+  end
+
   def test_frame_rates_are_looked_up_in_the_constant_at_merge_time
     run = merge_in_child(data("log_sheet.xls"), data("project.xml"), prelude: "$orvale = true")
     assert_equal ["NameError", "uninitialized constant FRAME_RATES"], run[:error]

@@ -1,5 +1,7 @@
 // .xls files written by xlwt and the same sheets as .xlsx written by XlsxWriter
 // (data/make_fixtures.py).
+#include "workbook/xls_reader.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -35,6 +37,13 @@ TEST(XlsReader, CellsKeepTheirKindsAndBlanksAreNotInUse) {
   EXPECT_EQ(row(sheet, 3), (std::vector<Cell>(7, empty)));
   EXPECT_EQ(row(sheet, 4), (std::vector<Cell>{text("Café – 東京"), number(-40000.5), empty, empty,
                                               empty, empty, empty}));
+  // One string the file stores once can fill thousands of cells: the sheet's text is capped.
+  EXPECT_THAT(
+      [] { read_xls(fixture("cells.xls"), 20); },
+      ::testing::ThrowsMessage<Error>(
+          fixture("cells.xls") +
+          ": cannot read the .xls workbook: the worksheet's text passes 20 bytes; refusing it "
+          "as a likely bomb"));
 }
 
 TEST(XlsReader, FormulasGiveTheirCachedResults) {

@@ -99,6 +99,9 @@ TEST(XlsxFixtures, PartsAreCappedAsTheyUnpack) {
               ::testing::HasSubstr("unpacks to more than 100 bytes"));
   EXPECT_THAT(read_error(fixture("handmade.xlsx"), {.cell_text_bytes = 20}),
               ::testing::HasSubstr("the worksheet's text passes 20 bytes"));
+  // Every cell that refers to a shared string counts its whole text.
+  EXPECT_THAT(read_error(fixture("shared_bomb.xlsx")),
+              ::testing::HasSubstr("the worksheet's text passes 256 MiB"));
   EXPECT_EQ(open_workbook(bomb, SheetKind::xlsx).last_row(), 0);
 }
 

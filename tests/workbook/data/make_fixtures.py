@@ -182,6 +182,11 @@ def write_xlsx_fixtures():
         f'<sst xmlns="{MAIN_NS}"><si><t>only</t></si></sst>'))
     # 4 MiB of empty elements inside <sheetData> packs to a few KiB: read with a lowered cap.
     write_zip("bomb.xlsx", simple_package(worksheet("<x/>" * (1 << 20))))
+    # One shared string of 60 MiB that five cells refer to: 300 MiB of cell text from 60 KiB.
+    write_zip("shared_bomb.xlsx", simple_package(
+        worksheet("".join(f'<row r="{r}"><c r="A{r}" t="s"><v>0</v></c></row>'
+                          for r in range(1, 6))),
+        f'<sst xmlns="{MAIN_NS}"><si><t>{"A" * (60 << 20)}</t></si></sst>'))
     write_damaged_member()
 
 
