@@ -7,6 +7,7 @@
 
 #include "cli/commands.hpp"
 #include "merge/check.hpp"
+#include "merge/messages.hpp"
 
 namespace pellago::cli {
 
@@ -32,7 +33,9 @@ name (they become subclips, a note); markers a clip already has and rows naming
 a clip or subclip of an earlier merge (a sheet merged again into its output);
 three-field timecodes meant as hours, times of day, timecodes without digits;
 number cells in text columns (12 written as 12.0); In and Out on a clip's only
-row; a lower-case display format or NTSC word in the clip.
+row that would change it; a lower-case display format or NTSC word in the clip;
+an XML document that is not well-formed (the first error's line and column:
+clips after it may be missing).
 
 --changes also lists every change the merge would make to the document: element
 texts (old and new), elements added and removed, subclip copies made.
@@ -62,8 +65,9 @@ std::string finding_line(const Finding& finding) {
         fmt::format("column {} \"{}\"", finding.column->letter, finding.column->header));
   }
   if (finding.clip) where.push_back(clip_text(*finding.clip));
-  std::string line =
-      where.empty() ? std::string("sheet") : fmt::format("{}", fmt::join(where, ", "));
+  if (where.empty())
+    where.emplace_back(finding.kind == FindingKind::recovered_xml ? "document" : "sheet");
+  std::string line = fmt::format("{}", fmt::join(where, ", "));
   line += fmt::format(": {}: {}", severity_name(finding.severity), finding.message);
   if (!finding.suggestion.empty()) line += fmt::format(" ({})", finding.suggestion);
   return line;
@@ -172,7 +176,7 @@ int run_check(const CheckArguments& arguments) {
   const CheckReport report =
       check(arguments.sheet, arguments.xml, CheckOptions{.changes = arguments.changes});
   if (report.merge.outcome == Outcome::not_a_log_sheet) {
-    print(not_a_log_sheet_message(arguments.sheet), stderr);
+    print(fmt::format("pellago: {}\n", not_a_log_sheet_message(arguments.sheet)), stderr);
     return kExitNotALogSheet;
   }
   if (arguments.json) {

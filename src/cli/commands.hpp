@@ -13,13 +13,10 @@ inline constexpr int kExitNotALogSheet = 3;
 
 // Each adds one subcommand to the program; its callback stores the exit status in `status`.
 // Callbacks throw pellago::Error on failure; main turns that into one line and status 1.
+void add_export_command(CLI::App& app, int& status);
 void add_check_command(CLI::App& app, int& status);
 void add_frames_command(CLI::App& app, int& status);
 void add_inspect_command(CLI::App& app, int& status);
 void add_merge_command(CLI::App& app, int& status);
-
-// The line (with its line feed) that says why the file at `path` is not read as a log sheet, for
-// a path that sheet_kind turned down.
-std::string not_a_log_sheet_message(const std::string& path);
 
 }  // namespace pellago::cli

@@ -6,12 +6,16 @@
 #include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/commands.hpp"
 #include "error.hpp"
+#include "merge/cell_text.hpp"
 #include "merge/log_sheet.hpp"
+#include "merge/log_sheet_file.hpp"
+#include "merge/messages.hpp"
 #include "workbook/workbook.hpp"
 
 namespace pellago::cli {
@@ -20,11 +24,16 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kFirstDataRow = 2;
-
+// A header as JSON: text a string, a number a number, a truth value true or false, empty null; a
+// date or time, which JSON has no type for, an object that names its kind:
+// {"date": "2011-05-06"}, {"date and time": ...}, {"time": "12:30:15"}.
 Json header_json(const Cell& header) {
   if (const auto* text = std::get_if<std::string>(&header)) return *text;
   if (const auto* number = std::get_if<double>(&header)) return *number;
+  if (const auto* truth = std::get_if<bool>(&header)) return *truth;
+  if (std::holds_alternative<DateTime>(header)) {
+    return Json{{std::string(cell_kind_name(header)), cell_text(header)}};
+  }
   return nullptr;
 }
 
@@ -68,7 +77,7 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
       fmt::format("{{\n  \"headers\": {},\n  \"rows\": [", dump_at_depth(header_list, 1)).c_str(),
       stdout);
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    const Json row = row_json(rows[i], kFirstDataRow + static_cast<int>(i));
+    const Json row = row_json(rows[i], kFirstLogRow + static_cast<int>(i));
     std::fputs(fmt::format("{}\n    {}", i == 0 ? "" : ",", dump_at_depth(row, 2)).c_str(), stdout);
   }
   std::fputs(rows.empty() ? "]\n}\n" : "\n  ]\n}\n", stdout);
@@ -77,28 +86,15 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
   }
 }
 
-// Log row errors do not name the file; workbook errors already do.
-std::vector<LogRow> read_rows_of(const std::string& path, const Workbook& workbook,
-                                 const std::vector<Cell>& headers) {
-  try {
-    return read_log_rows(workbook, headers);
-  } catch (const Error& e) {
-    throw Error(fmt::format("{}: {}", path, e.what()), e.system_error);
-  }
-}
-
 int inspect_log_sheet(const std::string& path) {
-  const SheetKind kind = sheet_kind(path);
-  if (kind == SheetKind::not_a_log_sheet) {
-    std::fputs(not_a_log_sheet_message(path).c_str(), stderr);
-    return kExitNotALogSheet;
-  }
   // A closed pipe on standard output fails the write instead of killing the process.
   std::signal(SIGPIPE, SIG_IGN);
-  const Workbook workbook = open_workbook(path, kind);
-  const std::vector<Cell> headers = read_header_row(workbook);
-  const std::vector<LogRow> rows = read_rows_of(path, workbook, headers);
-  print_log_sheet_json(headers, rows);
+  const std::optional<LogSheet> sheet = read_log_sheet(path);
+  if (!sheet) {
+    std::fputs(fmt::format("pellago: {}\n", not_a_log_sheet_message(path)).c_str(), stderr);
+    return kExitNotALogSheet;
+  }
+  print_log_sheet_json(sheet->headers, sheet->rows);
   return kExitOk;
 }
 

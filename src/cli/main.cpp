@@ -12,6 +12,8 @@
 #include "cli/commands.hpp"
 #include "cli/help_formatter.hpp"
 #include "error.hpp"
+#include "merge/messages.hpp"
+#include "version.hpp"
 
 namespace {
 
@@ -32,8 +34,9 @@ std::size_t edit_distance(const std::string& a, const std::string& b) {
   return d[a.size()][b.size()];
 }
 
-// "pellago: "mrege" is not a command; the commands are merge, inspect and frames (did you mean
-// merge?)": the commands in the order the help lists them, and the nearest when it is near.
+// "pellago: "mrege" is not a command; the commands are merge, inspect, check, frames and export
+// (did you mean merge?)": the commands in the order the help lists them, and the nearest when it is
+// near.
 std::string unknown_command_message(const CLI::App* app, const std::string& word) {
   std::vector<std::string> names;
   for (const CLI::App* sub : app->get_subcommands({})) names.push_back(sub->get_name());
@@ -74,6 +77,7 @@ int main(int argc, char** argv) {
   app.name("pellago");
   // Set before the commands are added: each takes its parent's formatter.
   app.formatter(std::make_shared<HelpFormatter>());
+  app.set_version_flag("--version", fmt::format("pellago {}", pellago::kVersion));
   app.require_subcommand(1);
   app.failure_message(usage_message);
   app.footer(
@@ -84,19 +88,14 @@ int main(int argc, char** argv) {
   add_inspect_command(app, status);
   add_check_command(app, status);
   add_frames_command(app, status);
+  add_export_command(app, status);
 
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? kExitOk : kExitUsage;
-  } catch (const pellago::Error& e) {
-    std::fputs(fmt::format("pellago: {}\n", e.what()).c_str(), stderr);
-    return kExitError;
-  } catch (const std::bad_alloc&) {
-    std::fputs("pellago: out of memory; nothing was written\n", stderr);
-    return kExitError;
   } catch (const std::exception& e) {
-    std::fputs(fmt::format("pellago: {}; nothing was written\n", e.what()).c_str(), stderr);
+    std::fputs(fmt::format("pellago: {}\n", pellago::failure_message(e)).c_str(), stderr);
     return kExitError;
   }
   return status;

@@ -11,6 +11,7 @@
 #include "cli/commands.hpp"
 #include "cli/progress_bar.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/messages.hpp"
 #include "merge/output_file.hpp"
 
 namespace pellago::cli {
@@ -128,12 +129,7 @@ std::string summary(const MergeReport& report, const MergeOptions& options) {
 
 void warn_recovered(const RecoveredErrors& errors, const std::string& xml) {
   if (errors.count == 0) return;
-  std::fputs(
-      fmt::format("pellago: warning: {} is not well-formed XML: line {}, column {}: {}; "
-                  "merged what could be recovered ({})\n",
-                  xml, errors.line, errors.column, errors.message, counted(errors.count, "error"))
-          .c_str(),
-      stderr);
+  std::fputs(fmt::format("pellago: warning: {}\n", recovered_warning(errors, xml)).c_str(), stderr);
 }
 
 int run_merge(const MergeOptions& options) {
@@ -143,13 +139,15 @@ int run_merge(const MergeOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
   std::optional<ProgressBar> bar;
   Host host;
+  host.keep_document_until_exit = true;
   host.strict = options.strict;
   if (!options.quiet && isatty(STDERR_FILENO)) bar.emplace().attach_to(host);
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
   if (bar) bar->clear();
   if (report.outcome == Outcome::not_a_log_sheet) {
-    std::fputs(not_a_log_sheet_message(options.sheet).c_str(), stderr);
+    std::fputs(fmt::format("pellago: {}\n", not_a_log_sheet_message(options.sheet)).c_str(),
+               stderr);
     return kExitNotALogSheet;
   }
   warn_recovered(report.recovered, options.xml);

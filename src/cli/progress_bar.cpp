@@ -92,23 +92,8 @@ ProgressBar::~ProgressBar() {
 
 void ProgressBar::attach_to(Host& host) {
   host.enter_phase = [this](MergePhase phase) { enter_phase(phase); };
-  host.progress = Progress{.set_indeterminate = {},
-                           .set_double_value =
-                               [this](std::int64_t value) {
-                                 const std::scoped_lock lock(mutex_);
-                                 value_ = value;
-                               },
-                           .set_max_value =
-                               [this](std::int64_t max) {
-                                 const std::scoped_lock lock(mutex_);
-                                 max_ = max;
-                               },
-                           .increment_by =
-                               [this](std::int64_t step) {
-                                 const std::scoped_lock lock(mutex_);
-                                 value_ += step;
-                               },
-                           .display_if_needed = [this] { draw_clips(); }};
+  host.progress =
+      counting_progress([this](std::int64_t done, std::int64_t total) { draw_clips(done, total); });
 }
 
 void ProgressBar::clear() {
@@ -127,15 +112,15 @@ void ProgressBar::enter_phase(MergePhase phase) {
   }
 }
 
-void ProgressBar::draw_clips() {
+void ProgressBar::draw_clips(std::int64_t done, std::int64_t total) {
   const std::scoped_lock lock(mutex_);
   const std::int64_t percent =
-      max_ > 0 ? std::clamp<std::int64_t>(value_ * 100 / max_, 0, 100) : 100;
+      total > 0 ? std::clamp<std::int64_t>(done * 100 / total, 0, 100) : 100;
   const auto now = Clock::now();
-  const bool last = value_ >= max_;
+  const bool last = done >= total;
   const bool drawn = drawn_width_ > 0;
   if (percent == shown_percent_ || (!last && drawn && now - drawn_at_ < kRedrawInterval)) return;
-  draw_locked(clip_line(value_, max_, percent, room_on_line()));
+  draw_locked(clip_line(done, total, percent, room_on_line()));
   shown_percent_ = percent;
   drawn_at_ = now;
 }

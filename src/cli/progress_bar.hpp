@@ -34,7 +34,7 @@ class ProgressBar {
   using Clock = std::chrono::steady_clock;
 
   void enter_phase(MergePhase phase);
-  void draw_clips();
+  void draw_clips(std::int64_t done, std::int64_t total);
   void show_slow_phases(std::stop_token stop);
   void draw_locked(const std::string& line);
   void clear_locked();
@@ -46,8 +46,6 @@ class ProgressBar {
   std::optional<MergePhase> waiting_phase_;
   Clock::time_point phase_began_;
 
-  std::int64_t value_ = 0;
-  std::int64_t max_ = 0;
   std::int64_t shown_percent_ = -1;
   Clock::time_point drawn_at_;
   std::size_t drawn_width_ = 0;  // 0: nothing on the line

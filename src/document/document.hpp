@@ -35,8 +35,11 @@ struct EditObserver {
 //
 // Selectors (first, all): a name, or names joined by "/" ("rate/timebase"), matches every element
 // at any depth below this one (never this one) that ends such a chain of parent-to-child steps,
-// like the XPath ".//rate/timebase"; results in document order. A selector that starts with "/",
-// "./" or "..", or is ".", is an XPath expression evaluated with this element as context node.
+// like the XPath ".//rate/timebase"; results in document order. The chain may end in a condition
+// on a child element's text, `[name="value"]` or `[name='value']`, kept as in XPath
+// ("timecode[source=\"aux1\"]": a timecode with a source child whose text is aux1). A selector
+// that starts with "/", "./" or "..", or is ".", is an XPath expression evaluated with this
+// element as context node.
 class Element {
  public:
   Element() = default;
@@ -76,6 +79,14 @@ class Element {
   // A fragment inserts its top-level nodes in their order; the result is the first of them.
   Element insert_after(const Fragment& fragment) const;
   Element append_child(const Fragment& fragment) const;
+
+  // Building: a new unattached element of this element's document (no namespace or attributes)
+  // holding `text` as its one text node (no children for the empty text); the same appended as
+  // the last child; a new text node appended as the last child. Each returns what it made. A
+  // subtree built unattached and then inserted reaches an observer as one insertion.
+  Element create_element(std::string_view name, std::string_view text = {}) const;
+  Element append_element(std::string_view name, std::string_view text = {}) const;
+  void append_text(std::string_view text) const;
 
   // Detaches the element with its subtree; it stays a valid, unattached element of its document.
   void remove() const;

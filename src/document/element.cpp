@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <libxml/entities.h>
+#include <libxml/parserInternals.h>
 
 #include "document/document.hpp"
 #include "document/select.hpp"
@@ -63,6 +64,30 @@ xmlNodePtr link(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr prev, xmlNodePtr 
   node->next = next;
   (prev ? prev->next : parent->children) = node;
   (next ? next->prev : parent->last) = node;
+  return node;
+}
+
+xmlNodePtr new_text(xmlDocPtr doc, std::string_view text) {
+  xmlNodePtr node = xmlNewDocTextLen(doc, reinterpret_cast<const xmlChar*>(text.data()),
+                                     static_cast<int>(text.size()));
+  if (!node) throw Error("cannot create a text node: out of memory");
+  return node;
+}
+
+// A new element holding `text` (nothing for the empty text), not yet linked anywhere.
+xmlNodePtr new_element(xmlDocPtr doc, std::string_view name, std::string_view text) {
+  const std::string name_text(name);
+  xmlNodePtr node =
+      xmlNewDocNode(doc, nullptr, reinterpret_cast<const xmlChar*>(name_text.c_str()), nullptr);
+  if (!node) throw Error(fmt::format("cannot create the element <{}>: out of memory", name));
+  if (!text.empty()) {
+    try {
+      link(new_text(doc, text), node, nullptr, nullptr);
+    } catch (...) {
+      xmlFreeNode(node);
+      throw;
+    }
+  }
   return node;
 }
 
@@ -170,19 +195,24 @@ std::string Element::text() const {
 }
 
 // The replaced children are detached, not freed: they stay unattached nodes of the document, so a
-// handle to one of them never dangles.
+// handle to one of them never dangles. A lone text child takes the new text in place instead,
+// which saves a node for each text set.
 void Element::set_text(std::string_view text) const {
   require(node_, "set the text of an element");
   if (EditObserver* observer = observer_of_tree(node_)) observer->setting_text(*this, text);
+  xmlNodePtr only = node_->children;
+  if (!text.empty() && only && !only->next && only->type == XML_TEXT_NODE &&
+      only->name == xmlStringText) {
+    xmlNodeSetContentLen(only, reinterpret_cast<const xmlChar*>(text.data()),
+                         static_cast<int>(text.size()));
+    if (!only->content) throw Error("cannot set the text of an element: out of memory");
+    return;
+  }
   while (xmlNodePtr child = node_->children) {
     xmlUnlinkNode(child);
     track_unattached(child);
   }
-  if (text.empty()) return;
-  xmlNodePtr node = xmlNewDocTextLen(node_->doc, reinterpret_cast<const xmlChar*>(text.data()),
-                                     static_cast<int>(text.size()));
-  if (!node) throw Error("cannot set the text of an element: out of memory");
-  link(node, node_, nullptr, nullptr);
+  if (!text.empty()) link(new_text(node_->doc, text), node_, nullptr, nullptr);
 }
 
 std::optional<std::string> Element::attribute(const char* name) const {
@@ -249,6 +279,22 @@ Element Element::append_child(const Fragment& fragment) const {
     if (!first) first = appended;
   }
   return first;
+}
+
+Element Element::create_element(std::string_view name, std::string_view text) const {
+  xmlNodePtr node = new_element(require(node_, "create an element")->doc, name, text);
+  track_unattached(node);
+  return Element(node);
+}
+
+Element Element::append_element(std::string_view name, std::string_view text) const {
+  require(node_, "append to an element");
+  return linked(link(new_element(node_->doc, name, text), node_, node_->last, nullptr));
+}
+
+void Element::append_text(std::string_view text) const {
+  require(node_, "append to an element");
+  linked(link(new_text(node_->doc, text), node_, node_->last, nullptr));
 }
 
 void Element::remove() const {

@@ -4,7 +4,9 @@
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
+#include <cstring>
 #include <memory>
+#include <optional>
 
 #include "error.hpp"
 
@@ -22,6 +24,15 @@ bool is_name_character(char c) {
          c == '-' || c == '.' || static_cast<unsigned char>(c) >= 0x80;
 }
 
+// A name chain whose last element must have a child element of a given name whose text equals a
+// given value: "timecode[source=\"aux1\"]" is the chain {"timecode"} and the condition source =
+// aux1. Without a condition, `child` is empty.
+struct ChainSelector {
+  std::vector<std::string_view> names;
+  std::string_view child;
+  std::string_view value;
+};
+
 // "a/b/c" as {"a", "b", "c"}; empty when the selector is anything but names joined by "/".
 std::vector<std::string_view> name_chain(std::string_view selector) {
   std::vector<std::string_view> names;
@@ -38,9 +49,38 @@ std::vector<std::string_view> name_chain(std::string_view selector) {
   return names;
 }
 
+// `[name="value"]` or `[name='value']` at the end of a selector, split off; nullopt when the
+// selector does not end in such a condition.
+std::optional<ChainSelector> chain_selector(std::string_view selector) {
+  ChainSelector chain;
+  if (selector.ends_with(']')) {
+    const std::size_t open = selector.find('[');
+    const std::size_t equals = selector.find('=', open);
+    if (open == std::string_view::npos || equals == std::string_view::npos) return std::nullopt;
+    const std::string_view child = selector.substr(open + 1, equals - open - 1);
+    const std::string_view quoted = selector.substr(equals + 1, selector.size() - equals - 2);
+    if (quoted.size() < 2 || (quoted.front() != '"' && quoted.front() != '\'') ||
+        quoted.back() != quoted.front() ||
+        quoted.substr(1, quoted.size() - 2).find(quoted.front()) != std::string_view::npos ||
+        name_chain(child).size() != 1) {
+      return std::nullopt;
+    }
+    chain.child = child;
+    chain.value = quoted.substr(1, quoted.size() - 2);
+    selector = selector.substr(0, open);
+  }
+  chain.names = name_chain(selector);
+  if (chain.names.empty()) return std::nullopt;
+  return chain;
+}
+
+// Compares without measuring the node's name first: most names differ in their first letter, which
+// is compared before anything is called. `name` is never empty.
 bool is_element_named(xmlNodePtr node, std::string_view name) {
-  return node->type == XML_ELEMENT_NODE && node->ns == nullptr &&
-         name == reinterpret_cast<const char*>(node->name);
+  if (node->type != XML_ELEMENT_NODE || node->ns != nullptr) return false;
+  const char* own = reinterpret_cast<const char*>(node->name);
+  return own[0] == name[0] && std::strncmp(own, name.data(), name.size()) == 0 &&
+         own[name.size()] == '\0';
 }
 
 // Whether `node` (strictly below `context`) ends the chain: its name is the last one, its parent's
@@ -53,6 +93,19 @@ bool ends_chain(xmlNodePtr node, xmlNodePtr context, const std::vector<std::stri
   return true;
 }
 
+// Whether `node` has a child element named `child` whose text (as XPath compares it: all the text
+// below it) is `value`.
+bool has_child_with_text(xmlNodePtr node, std::string_view child, std::string_view value) {
+  for (xmlNodePtr candidate = node->children; candidate; candidate = candidate->next) {
+    if (!is_element_named(candidate, child)) continue;
+    xmlChar* content = xmlNodeGetContent(candidate);
+    const bool equal = value == (content ? reinterpret_cast<const char*>(content) : "");
+    xmlFree(content);
+    if (equal) return true;
+  }
+  return false;
+}
+
 // The next node after `node` in document order within the subtree of `context`, descending only
 // into elements (never into entity references, whose children belong to the entity).
 xmlNodePtr next_in_subtree(xmlNodePtr node, xmlNodePtr context) {
@@ -61,11 +114,12 @@ xmlNodePtr next_in_subtree(xmlNodePtr node, xmlNodePtr context) {
   return node == context ? nullptr : node->next;
 }
 
-std::vector<xmlNodePtr> select_chain(xmlNodePtr context, const std::vector<std::string_view>& names,
+std::vector<xmlNodePtr> select_chain(xmlNodePtr context, const ChainSelector& chain,
                                      Matches matches) {
   std::vector<xmlNodePtr> found;
   for (xmlNodePtr node = context->children; node; node = next_in_subtree(node, context)) {
-    if (!ends_chain(node, context, names)) continue;
+    if (!ends_chain(node, context, chain.names)) continue;
+    if (!chain.child.empty() && !has_child_with_text(node, chain.child, chain.value)) continue;
     found.push_back(node);
     if (matches == Matches::first) break;
   }
@@ -91,10 +145,10 @@ struct XPathObjectDeleter {
 
 std::vector<xmlNodePtr> select(xmlNodePtr context, std::string_view selector, Matches matches) {
   if (is_xpath(selector)) return select_xpath(context, std::string(selector), matches);
-  std::vector<std::string_view> names = name_chain(selector);
-  if (names.empty()) return select_xpath(context, fmt::format(".//{}", selector), matches);
+  const std::optional<ChainSelector> chain = chain_selector(selector);
+  if (!chain) return select_xpath(context, fmt::format(".//{}", selector), matches);
   if (context->type != XML_ELEMENT_NODE && context->type != XML_DOCUMENT_NODE) return {};
-  return select_chain(context, names, matches);
+  return select_chain(context, *chain, matches);
 }
 
 std::vector<xmlNodePtr> select_xpath(xmlNodePtr context, const std::string& expression,

@@ -16,6 +16,11 @@ bool is_xml_char(char32_t c) {
          (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF);
 }
 
+// A byte that is a whole character XML 1.0 can carry.
+bool is_plain_ascii(unsigned char byte) {
+  return byte >= 0x20 ? byte < 0x80 : byte == 0x9 || byte == 0xA || byte == 0xD;
+}
+
 // The code point of the UTF-8 sequence at the start of `text` and its length in bytes, or
 // nullopt when it is not valid UTF-8 (overlong forms and surrogates included).
 std::optional<std::pair<char32_t, std::size_t>> decode_utf8(std::string_view text) {
@@ -47,6 +52,11 @@ std::optional<std::pair<char32_t, std::size_t>> decode_utf8(std::string_view tex
 
 std::optional<std::string> text_xml_cannot_carry(std::string_view text) {
   while (!text.empty()) {
+    // Most text is printable ASCII and line breaks: skipped a byte at a time without decoding.
+    std::size_t plain = 0;
+    while (plain < text.size() && is_plain_ascii(static_cast<unsigned char>(text[plain]))) ++plain;
+    text.remove_prefix(plain);
+    if (text.empty()) break;
     const auto decoded = decode_utf8(text);
     if (!decoded) {
       return fmt::format("the byte 0x{:02X} that is not UTF-8",

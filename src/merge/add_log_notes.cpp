@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
+#include <mutex>
 
 #include "document/document.hpp"
 #include "error.hpp"
@@ -47,6 +49,14 @@ std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
   return unmatched;
 }
 
+// Keeps the document, reachable, until the process ends.
+void keep_until_exit(Document document) {
+  static std::mutex mutex;
+  static auto* kept = new std::vector<Document>;
+  const std::lock_guard lock(mutex);
+  kept->push_back(std::move(document));
+}
+
 // The document, ending in a line feed whether or not libxml2's output did.
 void write_document(const Document& document, const OutputSink& sink) {
   char last = '\0';
@@ -87,16 +97,21 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const LibxmlErrors quiet;
 
   enter_phase(host, MergePhase::reading_sheet);
-  const Workbook workbook = open_workbook(sheet_path, kind);
-  const std::vector<Cell> headers = read_header_row(workbook);
+  std::optional<Workbook> workbook = open_workbook(sheet_path, kind);
+  const std::vector<Cell> headers = read_header_row(*workbook);
   if (host.set_column_headers) host.set_column_headers(headers);
-  const std::vector<LogRow> rows = read_rows(workbook, headers, sheet_path);
-  if (collector) collector->sheet_read(workbook, headers, rows);
+  const std::vector<LogRow> rows = read_rows(*workbook, headers, sheet_path);
+  // A collector reads the workbook until the merge ends; a plain merge frees its cells now.
+  if (collector) {
+    collector->sheet_read(*workbook, headers, rows);
+  } else {
+    workbook.reset();
+  }
 
   enter_phase(host, MergePhase::reading_xml);
   Document document = Document::parse_file(xml_path);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
-  if (collector) collector->document_read(document);
+  if (collector) collector->document_read(document, xml_path);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
   enter_phase(host, MergePhase::merging_clips);
@@ -118,6 +133,20 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   return {report, std::move(document)};
 }
 
+Progress counting_progress(std::function<void(std::int64_t, std::int64_t)> show) {
+  struct Counts {
+    std::int64_t done = 0;
+    std::int64_t total = 0;
+  };
+  auto counts = std::make_shared<Counts>();
+  return {
+      .set_indeterminate = {},
+      .set_double_value = [counts](std::int64_t value) { counts->done = value; },
+      .set_max_value = [counts](std::int64_t total) { counts->total = total; },
+      .increment_by = [counts](std::int64_t step) { counts->done += step; },
+      .display_if_needed = [counts, show = std::move(show)] { show(counts->done, counts->total); }};
+}
+
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host) {
   if (sheet_kind(sheet_path) == SheetKind::not_a_log_sheet) return {};
@@ -128,6 +157,7 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   enter_phase(host, MergePhase::writing);
   write_file_replacing(output_path,
                        [&document](const OutputSink& sink) { write_document(document, sink); });
+  if (host.keep_document_until_exit) keep_until_exit(std::move(*merged.document));
   return merged.report;
 }
 

@@ -26,6 +26,10 @@ struct Progress {
 // The stages of a merge, in the order it goes through them.
 enum class MergePhase { reading_sheet, reading_xml, merging_clips, writing };
 
+// A progress bar that only counts clips: show(done, total) is called wherever the bar would be
+// shown, so once before the first clip (done 0) and then after every clip.
+Progress counting_progress(std::function<void(std::int64_t done, std::int64_t total)> show);
+
 // What the engine gives to and takes from the application that runs it.
 struct Host {
   // Told as each phase begins, on the calling thread; merging_clips then counts on progress.
@@ -36,6 +40,10 @@ struct Host {
   std::optional<Progress> progress;
   // The frame-rate table, asked for whenever a clip's rate is resolved; unset means FRAME_RATES.
   std::function<const FrameRates&()> frame_rates;
+  // For a program that exits right after the merge: the document's tree is not freed but left to
+  // the operating system, which takes it back at exit faster than freeing it node by node. A host
+  // that lives on keeps the default, or keeps every merged tree until it exits.
+  bool keep_document_until_exit = false;
   // Refuse an XML document that is not well-formed instead of merging what could be recovered.
   bool strict = false;
   // Asked before each clip is visited and once more before the output is written, on the calling

@@ -17,21 +17,25 @@ namespace {
 struct AuxSource {
   std::string_view header;
   std::string_view source;
-  std::string xpath;
+  std::string_view selector;
 };
 
-const std::array<AuxSource, 2> kAuxSources{{
-    {"Aux TC 1", "aux1", R"(.//timecode[source="aux1"])"},
-    {"Aux TC 2", "aux2", R"(.//timecode[source="aux2"])"},
+constexpr std::array<AuxSource, 2> kAuxSources{{
+    {"Aux TC 1", "aux1", R"(timecode[source="aux1"])"},
+    {"Aux TC 2", "aux2", R"(timecode[source="aux2"])"},
 }};
 
-// The display format goes into the markup as it stands in the file's own timecode.
-std::string aux_timecode_markup(std::int64_t frames, const std::string& display_format,
-                                std::string_view source) {
-  return fmt::format(
-      "<timecode> <frame>{}</frame> <displayformat>{}</displayformat> <source>{}</source> "
-      "</timecode>",
-      frames, display_format, source);
+// <timecode> <frame>F</frame> <displayformat>D</displayformat> <source>S</source> </timecode>,
+// the display format as it stands in the file's own timecode.
+void build_aux_timecode(Element timecode, std::int64_t frames, const std::string& display_format,
+                        std::string_view source) {
+  timecode.append_text(" ");
+  timecode.append_element("frame", std::to_string(frames));
+  timecode.append_text(" ");
+  timecode.append_element("displayformat", display_format);
+  timecode.append_text(" ");
+  timecode.append_element("source", source);
+  timecode.append_text(" ");
 }
 
 }  // namespace
@@ -49,12 +53,13 @@ void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timi
   for (const AuxSource& aux : kAuxSources) {
     const std::string* value = row.field(aux.header);
     if (value == nullptr || value->empty()) continue;
-    if (Element replaced = clip.first_xpath(aux.xpath)) replaced.remove();
+    if (Element replaced = clip.first(aux.selector)) replaced.remove();
     const std::int64_t frames =
         to_frames(*value, static_cast<double>(timing.timebase), display_format);
-    const Fragment timecode =
-        Fragment::parse(aux_timecode_markup(frames, display_format, aux.source));
-    required(clip, "file", fmt::format(" to hold \"{}\"", aux.header)).append_child(timecode);
+    const Element file = required(clip, "file", fmt::format(" to hold \"{}\"", aux.header));
+    const Element timecode = file.create_element("timecode");
+    build_aux_timecode(timecode, frames, display_format, aux.source);
+    file.append_child(timecode);
   }
 }
 

@@ -95,7 +95,27 @@ std::string float_text(double value) {
 std::string cell_text(const Cell& cell) {
   if (const auto* text = std::get_if<std::string>(&cell)) return *text;
   if (const auto* number = std::get_if<double>(&cell)) return float_text(*number);
+  if (const auto* truth = std::get_if<bool>(&cell)) return *truth ? "true" : "false";
+  if (const auto* date = std::get_if<DateTime>(&cell)) return date_time_text(*date);
   return {};
+}
+
+std::string_view cell_kind_name(const Cell& cell) {
+  if (std::holds_alternative<std::string>(cell)) return "text";
+  if (std::holds_alternative<double>(cell)) return "number";
+  if (std::holds_alternative<bool>(cell)) return "boolean";
+  if (const auto* date = std::get_if<DateTime>(&cell)) {
+    switch (date->kind) {
+      case DateKind::date:
+        return "date";
+      case DateKind::time:
+        return "time";
+      case DateKind::date_time:
+      case DateKind::none:
+        return "date and time";
+    }
+  }
+  return "empty";
 }
 
 }  // namespace pellago

@@ -1,14 +1,19 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "workbook/workbook.hpp"
 
 namespace pellago {
 
 // Text of a cell as the merge compares and writes it: text unchanged, empty as "", a number in
-// float_text form.
+// float_text form, a truth value as "true" or "false", a date or time in date_time_text form.
 std::string cell_text(const Cell& cell);
+
+// What kind of value a cell holds, in words: "empty", "text", "number", "boolean", "date",
+// "date and time" or "time".
+std::string_view cell_kind_name(const Cell& cell);
 
 // A double written as a scripting interpreter writes floats: 15 significant digits, at least one
 // digit after the point, exponent form outside 1e-4 .. 1e15 (12 -> "12.0", 1e15 -> "1.0e+15").

@@ -11,7 +11,7 @@ namespace pellago {
 namespace {
 
 // Indexed by the enumerators' values, in their order.
-constexpr std::array<std::string_view, 20> kKindNames{"unmatched_name",
+constexpr std::array<std::string_view, 21> kKindNames{"unmatched_name",
                                                       "near_header",
                                                       "ignored_marker_header",
                                                       "good_not_yes",
@@ -30,7 +30,8 @@ constexpr std::array<std::string_view, 20> kKindNames{"unmatched_name",
                                                       "number_in_text_column",
                                                       "in_out_on_single_row",
                                                       "word_case",
-                                                      "merge_fails"};
+                                                      "merge_fails",
+                                                      "recovered_xml"};
 constexpr std::array<std::string_view, 3> kSeverityNames{"note", "warning", "error"};
 constexpr std::array<std::string_view, 5> kChangeKindNames{"text_set", "attribute_set", "added",
                                                            "removed", "subclip_made"};
@@ -52,7 +53,7 @@ std::string_view change_kind_name(ChangeKind kind) {
 CheckReport check(const std::string& sheet_path, const std::string& xml_path,
                   const CheckOptions& options) {
   CheckReport report;
-  MergeCollector collector(report, options.changes);
+  MergeCollector collector(report, options);
   try {
     report.merge = merge_document(sheet_path, xml_path, {}, &collector).report;
   } catch (const Error& error) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "merge/add_log_notes.hpp"
+#include "merge/log_sheet.hpp"
 
 namespace pellago {
 
@@ -32,6 +33,7 @@ enum class FindingKind {
   in_out_on_single_row,     // In and Out on a clip's only row: they cut nothing
   word_case,                // "df", "true": a display format or rate word compared exactly
   merge_fails,              // the merge would fail with this error
+  recovered_xml,            // the XML document is not well-formed: clips may be missing
 };
 
 // warning: the sheet probably does not say what its writer meant. note: worth knowing, often
@@ -87,14 +89,30 @@ struct Change {
   std::vector<std::pair<std::string, std::string>> content;
 };
 
+// A data row as the merge read it, with the clips whose name it carries.
+struct SheetRow {
+  int row = 0;  // as the spreadsheet numbers it (2 = first data row)
+  LogRow fields;
+  std::vector<ClipRef> clips;  // document order; empty when the row names no clip
+};
+
+// The sheet as the merge reads it.
+struct SheetAsRead {
+  std::vector<Cell> headers;   // row 1 as it is, from column 1 to the last column
+  std::vector<SheetRow> rows;  // every row from 2 to the last, blank rows included
+};
+
 struct CheckOptions {
   bool changes = false;  // collect the change list too
+  bool sheet = false;    // keep the sheet as read, with the clips each row names
 };
 
 struct CheckReport {
   MergeReport merge;              // what the merge would report; outcome not_a_log_sheet stops it
   std::vector<Finding> findings;  // sheet order: header findings, then by row
   std::vector<Change> changes;    // in the order the merge makes them; empty unless asked for
+  // When asked for and the sheet could be read (also when the merge would fail after that).
+  std::optional<SheetAsRead> sheet;
   std::optional<std::string> error;  // the merge's error message, when it would fail
   int system_error = 0;              // the errno that came with the error, 0 for none
 };

@@ -46,12 +46,13 @@ struct SheetPlan {
 const std::string& header_text(const Cell& header, int column) {
   if (const auto* text = std::get_if<std::string>(&header)) return *text;
   const std::string where = fmt::format("column {} ({})", column_letters(column), column);
-  if (const auto* number = std::get_if<double>(&header)) {
+  if (std::holds_alternative<std::monostate>(header)) {
     throw Error(
-        fmt::format("{} header is the number {}, not text: every column in use needs a text header",
-                    where, float_text(*number)));
+        fmt::format("{} has no header text: every column in use needs a text header", where));
   }
-  throw Error(fmt::format("{} has no header text: every column in use needs a text header", where));
+  throw Error(
+      fmt::format("{} header is the {} {}, not text: every column in use needs a text header",
+                  where, cell_kind_name(header), cell_text(header)));
 }
 
 // The role of a column under `header`, or none for a marker-like header that is ignored.
@@ -147,6 +148,10 @@ std::vector<std::string_view> marker_headers() {
   std::vector<std::string_view> headers;
   for (const MarkerHeader& marker : kMarkerHeaders) headers.push_back(marker.text);
   return headers;
+}
+
+std::string in_project_header(std::string_view header) {
+  return fmt::format("{} (in project)", header);
 }
 
 std::string column_letters(int column) {

@@ -39,6 +39,10 @@ struct LogRow {
 // is ignored.
 std::vector<std::string_view> marker_headers();
 
+// The header of a column showing what a clip holds already under `header`, a header the merge
+// reads: "Marker Timecode (in project)". The merge reads no such column; the export writes them.
+std::string in_project_header(std::string_view header);
+
 // "A" for 1, "Z" for 26, "AA" for 27: a column's name as spreadsheets show it.
 std::string column_letters(int column);
 

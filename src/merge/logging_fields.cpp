@@ -91,6 +91,14 @@ std::vector<std::string_view> logging_field_headers() {
   return headers;
 }
 
+std::vector<LoggingFieldElement> logging_field_elements() {
+  std::vector<LoggingFieldElement> elements;
+  for (const LoggingField& field : kLoggingFields) {
+    elements.push_back({field.header, field.selector, field.which != Which::every_match});
+  }
+  return elements;
+}
+
 std::string good_flag(std::string_view cell) {
   std::string lowered(cell);
   std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {

@@ -41,24 +41,28 @@ const MarkerColor* find_marker_color(std::string_view name) {
   return nullptr;
 }
 
-// Only the two numbers go into the markup; the entry's texts are set as text afterwards.
-std::string marker_markup(std::int64_t frame, std::size_t number) {
-  return fmt::format(
-      "<root> <marker> <in>{}</in> <out>-1</out> <name>Marker {}</name> <comment/> "
-      "<color><alpha>0</alpha><red>255</red><green>0</green><blue>0</blue></color> "
-      "</marker> </root>",
-      frame, number);
-}
-
-void fill_marker(Element marker, const MarkerEntry& entry) {
-  if (entry.name) marker.first("name").set_text(*entry.name);
-  if (entry.comment) marker.first("comment").set_text(*entry.comment);
-  if (!entry.color) return;
-  if (const MarkerColor* color = find_marker_color(*entry.color)) {
-    marker.first("color/red").set_text(std::to_string(color->red));
-    marker.first("color/green").set_text(std::to_string(color->green));
-    marker.first("color/blue").set_text(std::to_string(color->blue));
-  }
+// <marker> <in>F</in> <out>-1</out> <name>Marker N</name> <comment/> <color><alpha>0</alpha>
+// <red>255</red><green>0</green><blue>0</blue></color> </marker>, with the entry's texts in place
+// of the name, the comment and the colour it gives.
+void build_marker(Element marker, std::int64_t frame, std::size_t number,
+                  const MarkerEntry& entry) {
+  const MarkerColor* color = entry.color ? find_marker_color(*entry.color) : nullptr;
+  if (!color) color = &kMarkerColors[0];
+  marker.append_text(" ");
+  marker.append_element("in", std::to_string(frame));
+  marker.append_text(" ");
+  marker.append_element("out", "-1");
+  marker.append_text(" ");
+  marker.append_element("name", entry.name ? *entry.name : fmt::format("Marker {}", number));
+  marker.append_text(" ");
+  marker.append_element("comment", entry.comment ? *entry.comment : std::string());
+  marker.append_text(" ");
+  Element rgba = marker.append_element("color");
+  rgba.append_element("alpha", "0");
+  rgba.append_element("red", std::to_string(color->red));
+  rgba.append_element("green", std::to_string(color->green));
+  rgba.append_element("blue", std::to_string(color->blue));
+  marker.append_text(" ");
 }
 
 }  // namespace
@@ -75,10 +79,10 @@ void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
     const std::int64_t frame =
         to_frames(entry.timecode, rate_entry(timing).fcp_rate, timing.display_format) -
         timing.start_frame;
-    Document markup = Document::parse_string(marker_markup(frame, i + 1));
-    Element marker = markup.first_xpath("//marker");
-    fill_marker(marker, entry);
-    required(clip, "media", " to place its markers after").insert_after(marker);
+    Element media = required(clip, "media", " to place its markers after");
+    const Element marker = media.create_element("marker");
+    build_marker(marker, frame, i + 1, entry);
+    media.insert_after(marker);
   }
 }
 

@@ -203,6 +203,15 @@ std::string path_of(xmlNodePtr node) {
   return path;
 }
 
+// Whether the timecode names the frame the clip's point element holds, at the clip's timing; a
+// rate outside the table counts at its timebase.
+bool is_clip_point(const std::string& timecode, Element point, const ClipTiming& timing) {
+  if (!point) return false;
+  const double rate = timing.rate ? timing.rate->fcp_rate : static_cast<double>(timing.timebase);
+  return to_frames(timecode, rate, timing.display_format) - timing.start_frame ==
+         read_integer(point.text());
+}
+
 }  // namespace
 
 std::optional<Column> MergeCollector::column_at(int column) const {
@@ -246,19 +255,28 @@ void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell
   workbook_ = &workbook;
   headers_ = headers;
   rows_ = &rows;
+  if (options_.sheet) {
+    SheetAsRead& sheet = report_.sheet.emplace();
+    sheet.headers = headers;
+    sheet.rows.reserve(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) sheet.rows.push_back({sheet_row(i), rows[i], {}});
+  }
   check_headers();
 }
 
 void MergeCollector::check_headers() {
   const std::vector<std::string> read = read_headers();
   const std::vector<std::string> markers = to_strings(marker_headers());
+  // What the merge reads, and the columns an export shows what clips hold in: they are meant.
+  std::vector<std::string> meant = read;
+  meant.insert(meant.end(), markers.begin(), markers.end());
+  for (std::size_t i = 0, known = meant.size(); i < known; ++i) {
+    meant.push_back(in_project_header(meant[i]));
+  }
   for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
     const auto* header = std::get_if<std::string>(&headers_[column - 1]);
     if (!header) continue;
-    if (std::find(read.begin(), read.end(), *header) != read.end() ||
-        std::find(markers.begin(), markers.end(), *header) != markers.end()) {
-      continue;
-    }
+    if (std::find(meant.begin(), meant.end(), *header) != meant.end()) continue;
     if (header->find("Marker") != std::string::npos) {
       std::vector<std::string> near = closest(*header, markers, 1);
       for (const std::string& marker : markers) {
@@ -289,8 +307,18 @@ void MergeCollector::check_headers() {
   }
 }
 
-void MergeCollector::document_read(const Document& document) {
-  if (changes_) document.observe(this);
+void MergeCollector::document_read(const Document& document, const std::string& xml_path) {
+  const RecoveredErrors& errors = document.recovered_errors();
+  if (errors.count > 0) {
+    add(FindingKind::recovered_xml, Severity::warning, std::nullopt, std::nullopt, std::nullopt,
+        fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} error{} in all); a "
+                    "merge reads only what could be recovered, so clips after line {} may be "
+                    "missing",
+                    xml_path, errors.line, errors.column, errors.message, errors.count,
+                    errors.count == 1 ? "" : "s", errors.line),
+        "repair the document or export it again");
+  }
+  if (options_.changes) document.observe(this);
 }
 
 void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) {
@@ -309,6 +337,9 @@ void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) 
                       match.name),
           "merge the sheet into the export the earlier merge started from, not into its output");
     }
+  }
+  if (report_.sheet) {
+    for (std::size_t row : match.rows) report_.sheet->rows[row].clips.push_back(clip);
   }
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
     add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
@@ -343,7 +374,7 @@ void MergeCollector::row_timed(const ClipMatch& match, std::size_t j, const Clip
   const ClipRef clip{match.name, match.id};
   check_cells((*rows_)[position], sheet_row(position), clip);
   check_number_cells(sheet_row(position), clip);
-  check_single_row(match, j);
+  check_single_row(match, j, timing);
   check_words(match, j, timing);
   check_timecodes(match, j, timing, clip_duration);
 }
@@ -361,11 +392,17 @@ void MergeCollector::check_number_cells(int at, const ClipRef& clip) {
   }
 }
 
-void MergeCollector::check_single_row(const ClipMatch& match, std::size_t j) {
+void MergeCollector::check_single_row(const ClipMatch& match, std::size_t j,
+                                      const ClipTiming& timing) {
   const LogRow& row = (*rows_)[match.rows[j]];
   const std::string* in = row.field("In");
   const std::string* out = row.field("Out");
   if (match.several || !in || !out || in->empty() || out->empty()) return;
+  // A row that repeats the clip's own points, as an exported sheet does, asks for nothing lost.
+  if (is_clip_point(*in, match.clip.first("in"), timing) &&
+      is_clip_point(*out, match.clip.first("out"), timing)) {
+    return;
+  }
   add(FindingKind::in_out_on_single_row, Severity::warning, sheet_row(match.rows[j]), column("In"),
       ClipRef{match.name, match.id},
       fmt::format("the row gives In \"{}\" and Out \"{}\", but it is the only row of clip \"{}\": "
@@ -454,7 +491,7 @@ std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& tex
     return to_frames(timecode, timing.rate->fcp_rate, timing.display_format) - timing.start_frame;
   };
   const auto timecode_of = [&](std::int64_t frame) {
-    return format_timecode(timing.start_frame + frame, base, timing.display_format == "DF");
+    return to_timecode(timing.start_frame + frame, timing.rate->fcp_rate, timing.display_format);
   };
   const std::int64_t frame = frame_in_clip(text);
   const std::string start = timecode_of(0);

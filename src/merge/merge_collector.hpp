@@ -21,13 +21,14 @@ namespace pellago {
 // document changes it observes) into a CheckReport. Each call comes from the driver at the named
 // point of the merge; the collector never changes what the merge does.
 struct MergeCollector final : EditObserver {
-  MergeCollector(CheckReport& report, bool changes) : report_(report), changes_(changes) {}
+  MergeCollector(CheckReport& report, const CheckOptions& options)
+      : report_(report), options_(options) {}
 
   // The sheet is read; the workbook stays open until the merge ends.
   void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
                   const std::vector<LogRow>& rows);
-  // The document is parsed and nothing is changed yet.
-  void document_read(const Document& document);
+  // The document at xml_path is parsed and nothing is changed yet.
+  void document_read(const Document& document, const std::string& xml_path);
   // A clip with a name element is matched (maybe to no row), at its 0-based position.
   void clip_matched(const ClipMatch& match, std::size_t position);
   // Row position j of the clip is about to be applied to its target clip.
@@ -62,7 +63,7 @@ struct MergeCollector final : EditObserver {
     std::string_view what;
   };
   void check_number_cells(int at, const ClipRef& clip);
-  void check_single_row(const ClipMatch& match, std::size_t j);
+  void check_single_row(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
   void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
   void check_timecodes(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                        std::int64_t clip_duration);
@@ -80,7 +81,7 @@ struct MergeCollector final : EditObserver {
   void record_copies(const ClipMatch& match);
 
   CheckReport& report_;
-  bool changes_;
+  CheckOptions options_;
   const Workbook* workbook_ = nullptr;
   std::vector<Cell> headers_;
   const std::vector<LogRow>* rows_ = nullptr;

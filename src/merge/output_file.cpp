@@ -47,10 +47,14 @@ std::optional<struct stat> status_of(const fs::path& path) {
   return status;
 }
 
+// `target` is where the links from `output` end as they read; the kernel's own resolution of
+// `output` is asked too, for links whose text is no path, such as /dev/stdout on a pipe.
 void refuse_unless_regular(const fs::path& target, const std::string& output) {
-  const auto status = status_of(target);
-  if (status && !S_ISREG(status->st_mode)) {
-    throw Error(fmt::format("cannot write \"{}\": it exists and is not a regular file", output));
+  for (const fs::path& path : {target, fs::path(output)}) {
+    const auto status = status_of(path);
+    if (status && !S_ISREG(status->st_mode)) {
+      throw Error(fmt::format("cannot write \"{}\": it exists and is not a regular file", output));
+    }
   }
 }
 
@@ -129,6 +133,11 @@ void sync_folder(const fs::path& target) {
 }
 
 }  // namespace
+
+void check_output_target(const std::string& path) {
+  if (path == kStandardOutput) return;
+  refuse_unless_regular(follow_links(path), path);
+}
 
 void check_output_target(const std::string& path, const std::string& sheet_path) {
   if (path == kStandardOutput) return;

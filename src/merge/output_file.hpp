@@ -13,8 +13,10 @@ inline constexpr std::string_view kStandardOutput = "-";
 using OutputSink = std::function<void(std::string_view)>;
 
 // Throws Error, before anything is read or written, when `path` (after following its symbolic
-// links) is a file that exists and is not a regular file (a device, a FIFO, a folder), or is the
-// same file, by device and inode, as `sheet_path`. Standard output is always a valid target.
+// links) is a file that exists and is not a regular file (a device, a FIFO, a folder). Standard
+// output is always a valid target.
+void check_output_target(const std::string& path);
+// As above, and also when `path` is the same file, by device and inode, as `sheet_path`.
 void check_output_target(const std::string& path, const std::string& sheet_path);
 
 // Replaces the file at `path` with what `write` hands its sink, without ever leaving it half

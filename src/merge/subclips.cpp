@@ -98,9 +98,14 @@ void cut_track_clip_item(Element item, std::size_t ordinal, const std::string& n
   }};
   const std::string where = describe_clip_item(item, ordinal);
   for (const auto& [selector, text] : contents) required(item, selector, where).set_text(text);
-  item.first("end").insert_after(Fragment::parse(fmt::format(
-      "<subclipinfo> <startoffset>{}</startoffset> <endoffset>{}</endoffset> </subclipinfo>",
-      frames.start_offset, frames.end_offset)));
+  // <subclipinfo> <startoffset>S</startoffset> <endoffset>E</endoffset> </subclipinfo>
+  const Element info = item.create_element("subclipinfo");
+  info.append_text(" ");
+  info.append_element("startoffset", std::to_string(frames.start_offset));
+  info.append_text(" ");
+  info.append_element("endoffset", std::to_string(frames.end_offset));
+  info.append_text(" ");
+  item.first("end").insert_after(info);
 }
 
 }  // namespace

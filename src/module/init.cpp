@@ -15,6 +15,7 @@
 #include "module/ruby_bridge.hpp"
 #include "module/ruby_values.hpp"
 #include "timecode/frame_rate.hpp"
+#include "version.hpp"
 
 namespace pellago::ruby {
 
@@ -46,6 +47,7 @@ void set_up_maker_folder() {
 void load_module() {
   protect([] {
     rb_define_global_const("I_KNOW_I_AM_USING_AN_OLD_AND_BUGGY_VERSION_OF_LIBXML2", Qtrue);
+    rb_define_global_const("PELLAGO_VERSION", utf8_string(kVersion));
     return Qnil;
   });
   // A host that sets $orvale to true brings its own FRAME_RATES and needs no files from us.

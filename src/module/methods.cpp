@@ -6,6 +6,7 @@
 #include <string>
 
 #include "merge/add_log_notes.hpp"
+#include "merge/messages.hpp"
 #include "module/ruby_bridge.hpp"
 #include "module/ruby_host.hpp"
 #include "timecode/to_frames.hpp"
@@ -35,6 +36,13 @@ VALUE merge(VALUE receiver, const VALUE* argv) {
   FrameRates frame_rates;
   const MergeReport report = add_log_notes(sheet_path, xml_path, output_path,
                                            host_for(receiver, report_progress, frame_rates));
+  if (report.recovered.count > 0) {
+    const std::string warning = recovered_warning(report.recovered, xml_path);
+    protect([&] {
+      rb_warn("%s", warning.c_str());
+      return Qnil;
+    });
+  }
   return report.outcome == Outcome::merged ? Qnil : Qfalse;
 }
 

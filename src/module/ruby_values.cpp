@@ -54,6 +54,24 @@ std::optional<FrameRate> frame_rate_of(VALUE entry) {
                    string_of(ntsc), rate};
 }
 
+// A Date, a DateTime (UTC) or, for a time of day, the Integer count of seconds since midnight.
+// The 1900 date system's 1900-02-29, which no calendar has, stays its text.
+VALUE date_value(const DateTime& date) {
+  if (date.kind == DateKind::time)
+    return INT2NUM(date.hour * 3600 + date.minute * 60 + date.second);
+  if (date.year == 1900 && date.month == 2 && date.day == 29) {
+    return utf8_string(date_time_text(date));
+  }
+  rb_require("date");
+  if (date.kind == DateKind::date) {
+    return rb_funcall(rb_path2class("Date"), rb_intern("new"), 3, INT2NUM(date.year),
+                      INT2NUM(date.month), INT2NUM(date.day));
+  }
+  return rb_funcall(rb_path2class("DateTime"), rb_intern("new"), 6, INT2NUM(date.year),
+                    INT2NUM(date.month), INT2NUM(date.day), INT2NUM(date.hour),
+                    INT2NUM(date.minute), INT2NUM(date.second));
+}
+
 }  // namespace
 
 VALUE frame_rates_value(const FrameRates& rates) {
@@ -87,6 +105,8 @@ const FrameRates& read_frame_rates(FrameRates& table) {
 VALUE cell_value(const Cell& cell) {
   if (const auto* number = std::get_if<double>(&cell)) return DBL2NUM(*number);
   if (const auto* text = std::get_if<std::string>(&cell)) return utf8_string(*text);
+  if (const auto* truth = std::get_if<bool>(&cell)) return *truth ? Qtrue : Qfalse;
+  if (const auto* date = std::get_if<DateTime>(&cell)) return date_value(*date);
   return Qnil;
 }
 

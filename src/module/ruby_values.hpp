@@ -19,7 +19,7 @@ VALUE frame_rates_value(const FrameRates& rates);
 // equal no clip's rate and are left out.
 const FrameRates& read_frame_rates(FrameRates& table);
 
-// nil, a Float or a String. Call under protect.
+// nil, a Float, a String, true or false, or a date (see date_value). Call under protect.
 VALUE cell_value(const Cell& cell);
 
 }  // namespace pellago::ruby

@@ -85,10 +85,13 @@ std::int64_t floor_div(std::int64_t a, std::int64_t b) {
   return (a % b != 0 && (a < 0) != (b < 0)) ? quotient - 1 : quotient;
 }
 
+// Frame labels that drop-frame counting skips at the start of every minute but each tenth.
+std::int64_t dropped_per_minute(std::int64_t base) { return floor_div(base, 15); }
+
 // The frame numbers that drop-frame counting skips before hours:minutes: B div 15 per minute,
 // except every tenth minute.
 Wide dropped_frames(const TimecodeFields& timecode, std::int64_t base) {
-  const Wide per_minute = floor_div(base, 15);
+  const Wide per_minute = dropped_per_minute(base);
   const Wide per_ten_minutes = per_minute * 9;
   const std::int64_t tens = floor_div(timecode.minutes, 10);
   const Wide remainder = Wide{timecode.minutes} - Wide{tens} * 10;
@@ -159,24 +162,27 @@ std::vector<std::string> timecode_fields(std::string_view text) {
 
 bool has_no_digits(std::string_view text) { return std::ranges::none_of(text, is_digit); }
 
-std::string format_timecode(std::int64_t frames, std::int64_t frame_base, bool drop_frame) {
-  const std::string sign = frames < 0 ? "-" : "";
-  Wide count = frames < 0 ? -Wide{frames} : Wide{frames};
-  const Wide base = std::max<std::int64_t>(frame_base, 1);
-  const Wide dropped = drop_frame ? base / 15 : 0;
-  if (dropped > 0) {
-    // Put back the frame numbers drop-frame counting skips: dropped ones at the start of every
-    // minute but each tenth.
-    const Wide per_ten_minutes = 600 * base - 9 * dropped;
-    const Wide per_minute = 60 * base - dropped;
-    const Wide tens = count / per_ten_minutes;
-    const Wide rest = count % per_ten_minutes;
-    count += 9 * dropped * tens + (rest > dropped ? dropped * ((rest - dropped) / per_minute) : 0);
+std::string to_timecode(std::int64_t frames, double rate, std::string_view display_format) {
+  const std::int64_t base = frame_base(rate);
+  if (frames < 0 || base <= 0) return std::to_string(frames);
+  const std::int64_t dropped = display_format == "DF" ? dropped_per_minute(base) : 0;
+  // Counted frames per hour, per ten minutes and per minute after the first of ten; the first
+  // minute of every ten keeps all its labels.
+  const std::int64_t per_full_minute = 60 * base;
+  const std::int64_t per_minute = per_full_minute - dropped;
+  const std::int64_t per_ten_minutes = per_full_minute + 9 * per_minute;
+  const std::int64_t per_hour = 6 * per_ten_minutes;
+  const std::int64_t hours = frames / per_hour;
+  const std::int64_t tens = frames % per_hour / per_ten_minutes;
+  std::int64_t rest = frames % per_hour % per_ten_minutes;
+  std::int64_t minute = 0;
+  if (rest >= per_full_minute) {
+    rest -= per_full_minute;
+    minute = 1 + rest / per_minute;
+    rest = rest % per_minute + dropped;
   }
-  const auto field = [](Wide value) { return static_cast<std::int64_t>(value); };
-  return fmt::format("{}{:02}:{:02}:{:02}{}{:02}", sign, field(count / (3600 * base)),
-                     field(count / (60 * base) % 60), field(count / base % 60),
-                     dropped > 0 ? ';' : ':', field(count % base));
+  return fmt::format("{:02}:{:02}:{:02}{}{:02}", hours, tens * 10 + minute, rest / base,
+                     dropped > 0 ? ';' : ':', rest % base);
 }
 
 }  // namespace pellago

@@ -29,9 +29,11 @@ std::vector<std::string> timecode_fields(std::string_view text);
 // Whether the text holds no decimal digit at all: to_frames reads it as 0.
 bool has_no_digits(std::string_view text);
 
-// "10:00:05:00" for frame 900125 at frame base 25; drop-frame counting ("01:00:00;00" for 107892
-// at 30) when drop_frame. The inverse of to_frames for counts from 0; a negative count gets a
-// leading "-".
-std::string format_timecode(std::int64_t frames, std::int64_t frame_base, bool drop_frame);
+// The timecode text of a frame count, the inverse of to_frames at the same rate and display
+// format: to_frames(to_timecode(f, r, d), r, d) == f for every f. "HH:MM:SS:FF", or "HH:MM:SS;FF"
+// in drop-frame counting ("DF"), which skips the frame labels that to_frames never counts; hours go
+// on past 99. A negative count, or a rate whose frame base is not positive, is written as the
+// plain count ("-12"), which to_frames reads as a frame count at any rate.
+std::string to_timecode(std::int64_t frames, double rate, std::string_view display_format);
 
 }  // namespace pellago

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdint>
@@ -75,16 +76,25 @@ constexpr std::int64_t kSerialZero1900 = -25569;  // 1899-12-30, so that serial 
 constexpr std::int64_t kSerialZero1904 = -24107;  // 1904-01-01
 constexpr double kLastSerial = 2958466.0;         // 10000-01-01 in the 1900 system
 
-std::string date_text(std::int64_t serial_day, bool date1904) {
-  if (!date1904 && serial_day == 60) return "1900-02-29";  // the day the 1900 system invents
+void set_date(DateTime& value, std::int64_t serial_day, bool date1904) {
+  if (!date1904 && serial_day == 60) {  // the day the 1900 system invents
+    value.year = 1900;
+    value.month = 2;
+    value.day = 29;
+    return;
+  }
   std::int64_t days = (date1904 ? kSerialZero1904 : kSerialZero1900) + serial_day;
   if (!date1904 && serial_day < 60) ++days;
   const CivilDate date = civil_from_days(days);
-  return fmt::format("{:04}-{:02}-{:02}", date.year, date.month, date.day);
+  value.year = static_cast<int>(date.year);
+  value.month = static_cast<int>(date.month);
+  value.day = static_cast<int>(date.day);
 }
 
-std::string time_text(std::int64_t seconds) {
-  return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+void set_time(DateTime& value, std::int64_t seconds) {
+  value.hour = static_cast<int>(seconds / 3600);
+  value.minute = static_cast<int>(seconds / 60 % 60);
+  value.second = static_cast<int>(seconds % 60);
 }
 
 }  // namespace
@@ -120,14 +130,86 @@ DateKind custom_date_kind(std::string_view format_code) {
   return DateKind::none;
 }
 
-std::optional<std::string> serial_date_text(double serial, DateKind kind, bool date1904) {
+DateKind format_date_kind(int format_id, const std::map<int, std::string>& custom_codes) {
+  const auto custom = custom_codes.find(format_id);
+  return custom != custom_codes.end() ? custom_date_kind(custom->second)
+                                      : builtin_date_kind(format_id);
+}
+
+std::optional<DateTime> serial_date_time(double serial, DateKind kind, bool date1904) {
   if (kind == DateKind::none || !(serial >= 0.0) || serial >= kLastSerial) return std::nullopt;
   const auto total_seconds = static_cast<std::int64_t>(std::llround(serial * 86400.0));
   const std::int64_t day = total_seconds / 86400;
-  const std::int64_t seconds = total_seconds % 86400;
-  if (kind == DateKind::date) return date_text(day, date1904);
-  if (kind == DateKind::time && day == 0) return time_text(seconds);
-  return date_text(day, date1904) + "T" + time_text(seconds);
+  DateTime value;
+  value.kind = kind == DateKind::time && day > 0 ? DateKind::date_time : kind;
+  if (value.kind != DateKind::time) set_date(value, day, date1904);
+  if (value.kind != DateKind::date) set_time(value, total_seconds % 86400);
+  return value;
+}
+
+namespace {
+
+// Digits at text[at, at + count) as a number, or -1.
+int digits_at(std::string_view text, std::size_t at, std::size_t count) {
+  if (text.size() < at + count) return -1;
+  int value = 0;
+  for (std::size_t i = at; i < at + count; ++i) {
+    if (text[i] < '0' || text[i] > '9') return -1;
+    value = value * 10 + (text[i] - '0');
+  }
+  return value;
+}
+
+bool parse_time(std::string_view text, DateTime& value) {
+  value.hour = digits_at(text, 0, 2);
+  value.minute = digits_at(text, 3, 2);
+  value.second = digits_at(text, 6, 2);
+  const std::string_view rest = text.substr(std::min<std::size_t>(8, text.size()));
+  const bool fraction = !rest.empty() && rest[0] == '.' &&
+                        rest.find_first_not_of("0123456789", 1) == std::string_view::npos;
+  return text.size() >= 8 && text[2] == ':' && text[5] == ':' && value.hour >= 0 &&
+         value.hour < 24 && value.minute >= 0 && value.minute < 60 && value.second >= 0 &&
+         value.second < 60 && (rest.empty() || rest == "Z" || fraction);
+}
+
+bool parse_date(std::string_view text, DateTime& value) {
+  value.year = digits_at(text, 0, 4);
+  value.month = digits_at(text, 5, 2);
+  value.day = digits_at(text, 8, 2);
+  return text.size() == 10 && text[4] == '-' && text[7] == '-' && value.year >= 0 &&
+         value.month >= 1 && value.month <= 12 && value.day >= 1 && value.day <= 31;
+}
+
+}  // namespace
+
+std::optional<DateTime> parse_iso_date_time(std::string_view text) {
+  DateTime value;
+  if (text.size() > 10 && text[10] == 'T') {
+    value.kind = DateKind::date_time;
+    if (!parse_date(text.substr(0, 10), value) || !parse_time(text.substr(11), value)) {
+      return std::nullopt;
+    }
+    return value;
+  }
+  value.kind = text.size() == 10 ? DateKind::date : DateKind::time;
+  const bool parsed =
+      value.kind == DateKind::date ? parse_date(text, value) : parse_time(text, value);
+  return parsed ? std::optional(value) : std::nullopt;
+}
+
+std::string date_time_text(const DateTime& value) {
+  const std::string date = fmt::format("{:04}-{:02}-{:02}", value.year, value.month, value.day);
+  const std::string time = fmt::format("{:02}:{:02}:{:02}", value.hour, value.minute, value.second);
+  switch (value.kind) {
+    case DateKind::date:
+      return date;
+    case DateKind::time:
+      return time;
+    case DateKind::date_time:
+    case DateKind::none:
+      break;
+  }
+  return date + "T" + time + "+00:00";
 }
 
 }  // namespace pellago

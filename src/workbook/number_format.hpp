@@ -1,13 +1,13 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace pellago {
+#include "workbook/workbook.hpp"
 
-// What a number format shows a serial date-time number as.
-enum class DateKind { none, date, time, date_time };
+namespace pellago {
 
 // The kind of the built-in number format with that id (14-22 and 45-47 show dates and times).
 DateKind builtin_date_kind(int format_id);
@@ -16,10 +16,19 @@ DateKind builtin_date_kind(int format_id);
 // outside quoted text, escapes and brackets. "m" is minutes next to h or s, months otherwise.
 DateKind custom_date_kind(std::string_view format_code);
 
-// The serial number as ISO 8601 text of its kind: "2024-03-01", "12:30:00",
-// "2024-03-01T12:30:00" (a time of one day or more is shown with its date). Serials count days
-// from 1900 with the 1900 leap-year quirk (60 is 1900-02-29), or from 1904-01-01 when date1904.
-// Empty for DateKind::none, negative serials and serials past 9999-12-31.
-std::optional<std::string> serial_date_text(double serial, DateKind kind, bool date1904);
+// The kind of the number format with that id: its custom code's when the workbook defines one,
+// else the built-in format's.
+DateKind format_date_kind(int format_id, const std::map<int, std::string>& custom_codes);
+
+// The serial number as a value of its kind; a time of one day or more becomes a date and time.
+// Serials count days from 1900 with the 1900 leap-year quirk (60 is 1900-02-29), or from
+// 1904-01-01 when date1904, and are rounded to the second. None for DateKind::none, negative
+// serials and serials past 9999-12-31.
+std::optional<DateTime> serial_date_time(double serial, DateKind kind, bool date1904);
+
+// An ISO 8601 date, date and time, or time of day as an .xlsx date cell holds it: "2024-03-01",
+// "2024-03-01T12:30:15" (a fraction of a second and a "Z" are ignored), "12:30:15". None for any
+// other text.
+std::optional<DateTime> parse_iso_date_time(std::string_view text);
 
 }  // namespace pellago

@@ -9,6 +9,7 @@
 #include "error.hpp"
 #include "workbook/xls_reader.hpp"
 #include "workbook/xlsx_reader.hpp"
+#include "workbook/zip_package.hpp"
 
 namespace pellago {
 
@@ -67,6 +68,13 @@ void Workbook::set_cell(int row, int column, Cell value) {
   last_column_ = std::max(last_column_, column);
 }
 
+std::string cell_text_cap_message(std::uint64_t limit) {
+  return fmt::format("the worksheet's text passes {}; refusing it as a likely bomb",
+                     describe_size(limit));
+}
+
+// The extension as a scripting interpreter's extname gives it: from the last "." of the last path
+// component; none when that component has no "." or ends with it.
 SheetKind sheet_kind(const std::string& path) { return kind_of_extension(extension_of(path)); }
 
 SheetKind sheet_kind_ignoring_case(const std::string& path) {

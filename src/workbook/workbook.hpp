@@ -1,13 +1,35 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
 
 namespace pellago {
 
-// A cell of a worksheet: empty, a floating-point number, or text.
-using Cell = std::variant<std::monostate, double, std::string>;
+// What a cell's number format shows its serial number as.
+enum class DateKind { none, date, time, date_time };
+
+// A number shown as a date, a date and time, or a time of day. The fields that its kind does not
+// show are 0. Dates run from 1899-12-31 (1900-02-29, the day the 1900 date system invents,
+// included) to 9999-12-31.
+struct DateTime {
+  DateKind kind = DateKind::date;
+  int year = 0;
+  int month = 0;
+  int day = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  friend bool operator==(const DateTime&, const DateTime&) = default;
+};
+
+// Its ISO 8601 text: "2011-05-06", "2024-03-01T12:30:15+00:00" (a date and time is read as UTC:
+// workbooks keep no zone), and "12:30:15" for a time of day.
+std::string date_time_text(const DateTime& value);
+
+// A cell of a worksheet: empty, a floating-point number, text, a truth value, or a date or time.
+using Cell = std::variant<std::monostate, double, std::string, bool, DateTime>;
 
 // The first worksheet of a workbook, read whole. Rows and columns are 1-based.
 class Workbook {
@@ -32,6 +54,13 @@ class Workbook {
   int last_column_ = 0;
 };
 
+// The text of all the cells of a sheet together may not pass this many bytes: a file of a few
+// kilobytes can name one long string in thousands of cells.
+inline constexpr std::uint64_t kCellTextBytes = std::uint64_t{256} << 20;
+
+// What a reader says when a sheet's cell text passes `limit`.
+std::string cell_text_cap_message(std::uint64_t limit);
+
 enum class SheetKind { xls, xlsx, not_a_log_sheet };
 
 // Decided only by the extension of the last path component, exactly and case-sensitively:
@@ -42,9 +71,10 @@ SheetKind sheet_kind(const std::string& path);
 // misnamed ("log.XLSX") from a file of another kind.
 SheetKind sheet_kind_ignoring_case(const std::string& path);
 
-// Opens the first worksheet of an .xls (FreeXL, in a child process) or .xlsx (libzip and
-// libxml2's SAX2 push parser, streaming) file. Text cells are text, numeric cells numbers; date
-// and time cells are ISO 8601 text. Throws Error with a one-line message that names the file when
+// Opens the first worksheet of an .xls (libolecf and a BIFF8 record reader) or .xlsx (libzip and
+// libxml2's SAX2 push parser, streaming) file. Text cells are text, numeric cells numbers,
+// boolean cells truth values; numbers under a date or time format are DateTimes, and error cells
+// the error's text ("#N/A"). Throws Error with a one-line message that names the file when
 // it cannot be read, is not of the kind its extension says, or is damaged. A first worksheet with
 // no cell in use opens, with last_row and last_column 0.
 Workbook open_workbook(const std::string& path, SheetKind kind);

@@ -175,9 +175,15 @@ class WorksheetHandler final : public PartHandler {
         unescape_characters(value_);
         return store_text(value_);
       case CellType::boolean:
-        return store_text(trimmed(value_) == "1" ? "TRUE" : "FALSE");
+        sheet.set_cell(row_, column_, trimmed(value_) == "1");
+        return;
       case CellType::error_value:
+        return store_text(value_);
       case CellType::iso_date:
+        if (const auto date = parse_iso_date_time(trimmed(value_))) {
+          sheet.set_cell(row_, column_, *date);
+          return;
+        }
         return store_text(value_);
     }
   }
@@ -192,8 +198,11 @@ class WorksheetHandler final : public PartHandler {
     const DateKind kind = style_ >= 0 && static_cast<std::size_t>(style_) < kinds.size()
                               ? kinds[style_]
                               : DateKind::none;
-    if (auto date = serial_date_text(*number, kind, context_.date1904)) return store_text(*date);
-    sheet.set_cell(row_, column_, *number);
+    if (auto date = serial_date_time(*number, kind, context_.date1904)) {
+      sheet.set_cell(row_, column_, *date);
+    } else {
+      sheet.set_cell(row_, column_, *number);
+    }
   }
 
   const std::string& shared_string() const {
@@ -209,8 +218,7 @@ class WorksheetHandler final : public PartHandler {
   void store_text(std::string_view text) {
     cell_text_bytes_ += text.size();
     if (cell_text_bytes_ > context_.cell_text_limit) {
-      throw Error(fmt::format("the worksheet's text passes {}; refusing it as a likely bomb",
-                              describe_size(context_.cell_text_limit)));
+      throw Error(cell_text_cap_message(context_.cell_text_limit));
     }
     sheet.set_cell(row_, column_, std::string(text));
   }

@@ -12,7 +12,7 @@ namespace pellago {
 struct XlsxLimits {
   std::uint64_t worksheet_part_bytes = std::uint64_t{1} << 30;
   std::uint64_t other_part_bytes = std::uint64_t{256} << 20;  // workbook, relationships, styles...
-  std::uint64_t cell_text_bytes = std::uint64_t{1} << 30;     // all text cells of the sheet
+  std::uint64_t cell_text_bytes = kCellTextBytes;
 };
 
 // Reads the first worksheet of an Office Open XML workbook. Throws Error naming the file.

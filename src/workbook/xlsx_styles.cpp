@@ -42,11 +42,7 @@ std::vector<DateKind> read_cell_format_kinds(const ZipPackage& package,
   parse_part(package, part_name, cap, handler);
   std::vector<DateKind> kinds;
   kinds.reserve(handler.format_ids.size());
-  for (int id : handler.format_ids) {
-    const auto custom = handler.custom_codes.find(id);
-    kinds.push_back(custom != handler.custom_codes.end() ? custom_date_kind(custom->second)
-                                                         : builtin_date_kind(id));
-  }
+  for (int id : handler.format_ids) kinds.push_back(format_date_kind(id, handler.custom_codes));
   return kinds;
 }
 

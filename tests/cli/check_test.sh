@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Checks the contract of `pellago check`: the findings of a sheet full of typical mistakes as JSON
 # (compared with a file checked by hand), a clean sheet (status 0), a clip beyond the sheet's rows
-# in the one-line form, the change listing, and statuses 1 (with the merge's own error line), 2
-# and 3.
+# and a document cut short in the one-line form, the change listing, and statuses 1 (with the
+# merge's own error line), 2 and 3.
 # Usage: check_test.sh PATH_OF_PELLAGO SOURCE_DIR
 set -u
 pellago=$1
@@ -48,6 +48,14 @@ run check "$data/check_short.xlsx" "$project"
 expect_status 4 "short sheet"
 [[ $(sed -n 1p "$scratch/stdout") == 'row 2, clip "C001_C002_0611EF" (id C001_C002_0611EF): warning: clip "C001_C002_0611EF" stands at position 5 of the document (counting from 0), not below the sheet'"'"'s 2 data rows: row 2 only clears its In/Out and makes subclip copies; its duration, subclip, logging fields, markers and aux timecodes are not written (add 4 more data rows (blank rows count) to the sheet)' ]] ||
   fail "short sheet says '$out'"
+
+# A document cut short: the check says so on a line of its own, about the document.
+head -c 20000 "$project" >"$scratch/cut.xml"
+run check "$source_dir/examples/log_sheet.xlsx" "$scratch/cut.xml"
+expect_status 4 "cut document"
+[[ $(sed -n 1p "$scratch/stdout") == "document: warning: \"$scratch/cut.xml\" is not well-formed XML: line "*"; a merge reads only what could be recovered, so clips after line "*" may be missing (repair the document or export it again)" ]] ||
+  fail "cut document says '$out'"
+rm "$scratch/cut.xml"
 
 # --changes lists the merge's changes after the findings; nothing is written anywhere.
 cp "$project" "$scratch/project.xml"

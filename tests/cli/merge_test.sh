@@ -76,7 +76,7 @@ expect_status 3 "upper-case extension"
 # A mistyped command names the commands there are.
 run mrege "$sheet" "$project" "$scratch/not_written.xml"
 expect_status 2 "mistyped command"
-[[ $err == 'pellago: "mrege" is not a command; the commands are merge, inspect, check and frames (did you mean merge?)'* ]] ||
+[[ $err == 'pellago: "mrege" is not a command; the commands are merge, inspect, check, frames and export (did you mean merge?)'* ]] ||
   fail "mistyped command says '$err'"
 
 # Wrong usage: status 2 and one line saying what was wrong and where help is.
@@ -135,6 +135,13 @@ for target in fifo fifo_link.xml sheet_link.xml; do
     fail "output $target says '$err'"
 done
 [[ -p $scratch/fifo ]] || fail "the FIFO was replaced"
+# /dev/stdout on a pipe: a link the kernel resolves to the pipe itself.
+"$pellago" merge "$sheet" "$project" /dev/stdout 2>"$scratch/stderr" | cat >/dev/null
+status=${PIPESTATUS[0]}
+err=$(cat "$scratch/stderr")
+expect_status 1 "output /dev/stdout on a pipe"
+[[ $err == 'pellago: cannot write "/dev/stdout": it exists and is not a regular file' ]] ||
+  fail "output /dev/stdout on a pipe says '$err'"
 expect_same "$scratch/sheet_copy.xlsx" "$sheet" "the sheet as output"
 run merge "$sheet" "$project" -
 expect_status 0 "standard output"

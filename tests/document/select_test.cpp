@@ -41,6 +41,11 @@ TEST(Selectors, NameChainsMatchInDocumentOrderStrictlyBelowTheReceiver) {
   EXPECT_EQ(document.first("xmeml/clip"), clip);
   EXPECT_EQ(document.first("xmeml"), document.root());
   EXPECT_FALSE(clip.first("IN"));
+  EXPECT_EQ(clip.first("timecode[source=\"aux1\"]").first("frame").text(), "1");
+  EXPECT_EQ(texts(clip.all("clip/timecode[source='aux2']")), std::vector<std::string>{});
+  EXPECT_EQ(texts(document.all("clip/timecode[source='aux2']")),
+            (std::vector<std::string>{"aux22"}));
+  EXPECT_FALSE(clip.first("timecode[source=\"aux\"]"));
 }
 
 TEST(Selectors, XPathSelectorsUseTheReceiverAsContextNode) {
@@ -66,7 +71,8 @@ TEST(Selectors, EntityReferencesAreNotSearchedAndTextReadsThem) {
   EXPECT_EQ(clip.text(), "CrewOwn");
 }
 
-// The name-chain walk must pick exactly what the XPath ".//" + selector picks.
+// The name-chain walk (with or without a condition on a child's text) must pick exactly what the
+// XPath ".//" + selector picks.
 TEST(Selectors, NameChainsAgreeWithXPathOnRealExports) {
   const char* selectors[] = {"in",
                              "rate/timebase",
@@ -74,7 +80,9 @@ TEST(Selectors, NameChainsAgreeWithXPathOnRealExports) {
                              "track/clipitem",
                              "file/timecode/displayformat",
                              "logginginfo/good",
-                             "labels/label2"};
+                             "labels/label2",
+                             "timecode[source=\"source\"]",
+                             "file/timecode[displayformat='NDF']"};
   for (const char* file : {"exports/master_clips.xml", "realworld/premiere_example.xml",
                            "realworld/hiero_xml_export.xml"}) {
     Document document = Document::parse_file(std::string(PELLAGO_TEST_DATA) + "/" + file);

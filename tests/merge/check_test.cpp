@@ -228,5 +228,33 @@ TEST_F(CheckTest, NearMissNamesSayWhatSetsThemApart) {
   expect_changes_are_the_merge(path("log.xlsx"), path("project.xml"));
 }
 
+// A document cut short merges what could be recovered: the check says where the parser gave up,
+// next to the findings the merge still makes, and a merge that then fails keeps it too.
+TEST_F(CheckTest, RecoveredDocumentIsAFinding) {
+  const std::string project = read_file(source_path("examples/project.xml"));
+  const std::string cut = project.substr(0, project.find("<clip id=\"B001_C002_0611CD\">") + 40);
+  write_file(path("cut.xml"), cut);
+  const CheckReport report = check(source_path("examples/log_sheet.xlsx"), path("cut.xml"));
+  ASSERT_FALSE(report.error);
+  ASSERT_THAT(report.findings, testing::Not(testing::IsEmpty()));
+  const Finding& recovered = report.findings.front();
+  EXPECT_EQ(kind_name(recovered.kind), "recovered_xml");
+  EXPECT_EQ(recovered.severity, Severity::warning);
+  EXPECT_FALSE(recovered.row || recovered.column || recovered.clip);
+  EXPECT_EQ(recovered.message,
+            "\"" + path("cut.xml") +
+                "\" is not well-formed XML: line 418, column 12: Couldn't find end of Start Tag "
+                "uuid line 418 (2 errors in all); a merge reads only what could be recovered, so "
+                "clips after line 418 may be missing");
+  EXPECT_EQ(recovered.suggestion, "repair the document or export it again");
+  EXPECT_EQ(report.findings.back().kind, FindingKind::unmatched_name);
+
+  write_file(path("cut.xml"), replace_all(cut, "<duration>1500</duration>", ""));
+  const CheckReport failed = check(source_path("examples/log_sheet.xlsx"), path("cut.xml"));
+  ASSERT_TRUE(failed.error);
+  EXPECT_EQ(failed.findings.front().kind, FindingKind::recovered_xml);
+  EXPECT_EQ(failed.findings.back().kind, FindingKind::merge_fails);
+}
+
 }  // namespace
 }  // namespace pellago::merge_test

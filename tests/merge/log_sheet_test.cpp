@@ -118,6 +118,10 @@ TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
               HasSubstr("column B (2) has no header text"));
   EXPECT_THAT(error_of(sheet({{"Name", "Scene", "In", 12.0}, {"C001"}})),
               HasSubstr("column D (4) header is the number 12.0, not text"));
+  EXPECT_THAT(error_of(sheet({{"Name", true}, {"C001"}})),
+              HasSubstr("column B (2) header is the boolean true, not text"));
+  EXPECT_THAT(error_of(sheet({{"Name", DateTime{DateKind::date, 2011, 5, 6}}, {"C001"}})),
+              HasSubstr("column B (2) header is the date 2011-05-06, not text"));
   Row wide(27, Cell{"Scene"});
   wide.emplace_back();
   wide.emplace_back("Name");

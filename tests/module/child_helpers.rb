@@ -50,6 +50,7 @@ def module_state
     libxml2_flag: defined?(I_KNOW_I_AM_USING_AN_OLD_AND_BUGGY_VERSION_OF_LIBXML2) &&
       I_KNOW_I_AM_USING_AN_OLD_AND_BUGGY_VERSION_OF_LIBXML2,
     frame_rates: defined?(FRAME_RATES) ? FRAME_RATES : :undefined,
+    version: defined?(PELLAGO_VERSION) ? PELLAGO_VERSION : :undefined,
     temp_xml_file: defined?(TEMP_XML_FILE) ? TEMP_XML_FILE : :undefined,
     methods: Object.private_instance_methods(false) & %i[add_log_notes to_frames]
   }

@@ -8,6 +8,7 @@
 # program, for comparing merges), PELLAGO_SOURCE_DIR (the repository).
 
 require "minitest/autorun"
+require "date"
 require "fileutils"
 require "open3"
 require "rbconfig"
@@ -92,6 +93,7 @@ class ModuleLoadingTest < Minitest::Test
     state = load_module(home: home)
     assert_nil state[:error]
     assert_equal true, state[:libxml2_flag]
+    assert_equal "pellago #{state[:version]}\n", `#{CLI} --version`, "the program's version"
     assert_equal FRAME_RATES_INSPECTED, state[:frame_rates].inspect
     assert_equal "#{home}/Library/Application Support/Tarnwick/Pellago.xml", state[:temp_xml_file]
     assert File.directory?(File.join(home, MAKER_FOLDER))
@@ -250,6 +252,11 @@ class ModuleMergeTest < Minitest::Test
 
     run = merge_in_child(data("headers_only.xls"), data("project.xml"))
     assert_equal ["Name", nil, 2.5], run[:headers], "strings, floats and nils as read"
+
+    run = merge_in_child(File.join(SOURCE_DIR, "tests/workbook/data/typed_headers.xls"),
+                         data("project.xml"))
+    assert_equal ["Name", true, Date.new(2011, 5, 6), DateTime.new(2024, 3, 1, 12, 30, 15),
+                  45_015, 12.0], run[:headers], "truth values, dates and seconds of a time of day"
   end
 
   def test_progress_objects_are_read_afresh_at_every_call
@@ -332,6 +339,37 @@ class ModuleMergeTest < Minitest::Test
     assert_equal "TypeError", state[5][0]
     assert_equal [], state[6]
     refute File.exist?(output)
+  end
+
+  # Running out of memory is a NoMemoryError; a document cut short merges what was recovered,
+  # with a Ruby warning naming the file, the first error's place and the count. Nothing from
+  # libxml2 reaches standard error.
+  def test_memory_and_malformed_documents
+    bomb = File.join(SOURCE_DIR, "tests/workbook/data/shared_bomb.xlsx")
+    cut = File.join(@tmp, "cut.xml")
+    File.write(cut, File.read(data("project.xml"))[0, 1000])
+    state = in_child(<<~RUBY)
+      require "Pellago_algorithm"
+      host = Controller.new
+      warnings = []
+      Warning.singleton_class.define_method(:warn) { |message| warnings << message }
+      merged = host.merge(#{data('log_sheet.xls').inspect}, #{cut.inspect}, #{output.inspect})
+      written = File.exist?(#{output.inspect})
+      File.delete(#{output.inspect})
+      size = File.read("/proc/self/status")[/VmSize:\s+(\d+)/, 1].to_i * 1024
+      Process.setrlimit(:AS, size + 150 * 1024 * 1024)
+      [merged, written, warnings,
+       error_of { host.merge(#{bomb.inspect}, #{data('project.xml').inspect}, #{output.inspect}) }]
+    RUBY
+    assert_nil state[0]
+    assert state[1], "the recovered document is merged"
+    assert_equal 1, state[2].size
+    assert_match(/: warning: #{Regexp.escape(cut)} is not well-formed XML: line \d+, column \d+: .+; /,
+                 state[2][0])
+    assert_match(/; merged what could be recovered \(\d+ errors?\)\n\z/, state[2][0])
+    assert_equal "NoMemoryError", state[3][0]
+    refute File.exist?(output)
+    assert_equal "", @stderr
   end
 
   def test_frame_rates_are_looked_up_in_the_constant_at_merge_time

@@ -119,7 +119,7 @@ TEST(ToFrames, RatesRoundHalfAwayFromZeroAndHugeValuesClamp) {
   });
 }
 
-TEST(ToFrames, TimecodesAreToldFromTextsThatOnlyConvertAndFormattedBack) {
+TEST(ToFrames, TimecodesAreToldFromTextsThatOnlyConvert) {
   for (const char* text :
        {"01:00:00:00", "01;00;00;24", " 01.00.00.12 ", "02:03:04", "1000012.0", "250"}) {
     EXPECT_TRUE(is_timecode(text, 25)) << '"' << text << '"';
@@ -130,17 +130,29 @@ TEST(ToFrames, TimecodesAreToldFromTextsThatOnlyConvertAndFormattedBack) {
   }
   EXPECT_TRUE(has_no_digits("TBD"));
   EXPECT_FALSE(has_no_digits("take 2"));
+}
 
-  // Formatting is the inverse of the conversion, drop frames included.
-  for (const auto& [frames, base, drop, text] : {std::tuple{900125, 25, false, "10:00:05:00"},
-                                                 {107892, 30, true, "01:00:00;00"},
-                                                 {1800, 30, true, "00:01:00;02"},
-                                                 {17982, 30, true, "00:10:00;00"},
-                                                 {215784, 60, true, "01:00:00;00"},
-                                                 {-250, 25, false, "-00:00:10:00"}}) {
-    EXPECT_EQ(format_timecode(frames, base, drop), text);
-    if (frames >= 0) {
-      EXPECT_EQ(to_frames(text, base, drop ? "DF" : "NDF"), frames) << text;
+TEST(ToTimecode, WritesTheTimecodeThatToFramesReadsBack) {
+  EXPECT_EQ(to_timecode(90012, 25, "NDF"), "01:00:00:12");
+  EXPECT_EQ(to_timecode(107892, 29.97, "DF"), "01:00:00;00");
+  EXPECT_EQ(to_timecode(1800, 29.97, "DF"), "00:01:00;02");
+  EXPECT_EQ(to_timecode(17981, 29.97, "DF"), "00:09:59;29");
+  EXPECT_EQ(to_timecode(17982, 29.97, "DF"), "00:10:00;00");
+  EXPECT_EQ(to_timecode(1500, 25, "DF"), "00:01:00;01");
+  EXPECT_EQ(to_timecode(360000 * 100, 100, "NDF"), "100:00:00:00");
+  EXPECT_EQ(to_timecode(-12, 25, "NDF"), "-12");
+  EXPECT_EQ(to_timecode(1234, 0, "DF"), "1234");
+
+  // Every frame of the first hours at every rate of the table, and counts far beyond them.
+  for (const double rate : {23.976, 24.0, 25.0, 29.97, 30.0, 59.94, 60.0, 10.0, 50.0}) {
+    for (const std::string format : {"DF", "NDF"}) {
+      for (std::int64_t frames = 0; frames < 3 * 3600 * 60; frames += 13) {
+        ASSERT_EQ(to_frames(to_timecode(frames, rate, format), rate, format), frames)
+            << to_timecode(frames, rate, format) << " at " << rate << ' ' << format;
+      }
+      for (const std::int64_t frames : {kMax, kMax - 1, std::int64_t{1} << 40, kMin}) {
+        EXPECT_EQ(to_frames(to_timecode(frames, rate, format), rate, format), frames);
+      }
     }
   }
 }

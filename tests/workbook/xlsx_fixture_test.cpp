@@ -10,11 +10,15 @@
 namespace pellago {
 namespace {
 
+using test_support::boolean;
+using test_support::date;
+using test_support::date_time;
 using test_support::empty;
 using test_support::fixture;
 using test_support::number;
 using test_support::row;
 using test_support::text;
+using test_support::time_of_day;
 
 TEST(XlsxFixtures, HandWrittenPackageReadsEveryKindOfCell) {
   // The first sheet of workbook.xml is part sheet3.xml (absolute target); rows and cells without
@@ -22,17 +26,18 @@ TEST(XlsxFixtures, HandWrittenPackageReadsEveryKindOfCell) {
   const Workbook sheet = open_workbook(fixture("handmade.xlsx"), SheetKind::xlsx);
 
   EXPECT_EQ(sheet.last_row(), 4);
-  EXPECT_EQ(sheet.last_column(), 8);
+  EXPECT_EQ(sheet.last_column(), 9);
   EXPECT_EQ(row(sheet, 1), (std::vector<Cell>{text("Name"), text("Scene"), text("Rich"),
-                                              text("Kanji"), empty, empty, empty, empty}));
-  EXPECT_EQ(
-      row(sheet, 2),
-      (std::vector<Cell>{text("2024-02-29"), text("12:00:00"), text("2024-02-29T18:00:00"),
-                         number(2.5), text("TRUE"), text("FALSE"), text("#N/A"), text("Name!")}));
-  EXPECT_EQ(row(sheet, 3), (std::vector<Cell>(8, empty)));
+                                              text("Kanji"), empty, empty, empty, empty, empty}));
+  EXPECT_EQ(row(sheet, 2),
+            (std::vector<Cell>{date(2024, 2, 29), time_of_day(12, 0, 0),
+                               date_time(2024, 2, 29, 18, 0, 0), number(2.5), boolean(true),
+                               boolean(false), text("#N/A"), text("Name!"), empty}));
+  EXPECT_EQ(row(sheet, 3), (std::vector<Cell>(9, empty)));
   EXPECT_EQ(row(sheet, 4),
             (std::vector<Cell>{empty, empty, text("  two  spaces "), number(-7),
-                               text("line\r\nbreak"), text("_x0041_ & <tag>"), text(""), empty}));
+                               text("line\r\nbreak"), text("_x0041_ & <tag>"), text(""),
+                               date_time(2024, 3, 1, 12, 30, 15), text("2024-13-01")}));
 }
 
 TEST(XlsxFixtures, MainPartIsFoundThroughPackageRelationships) {
@@ -94,6 +99,9 @@ TEST(XlsxFixtures, PartsAreCappedAsTheyUnpack) {
               ::testing::HasSubstr("unpacks to more than 100 bytes"));
   EXPECT_THAT(read_error(fixture("handmade.xlsx"), {.cell_text_bytes = 20}),
               ::testing::HasSubstr("the worksheet's text passes 20 bytes"));
+  // Every cell that refers to a shared string counts its whole text.
+  EXPECT_THAT(read_error(fixture("shared_bomb.xlsx")),
+              ::testing::HasSubstr("the worksheet's text passes 256 MiB"));
   EXPECT_EQ(open_workbook(bomb, SheetKind::xlsx).last_row(), 0);
 }
 

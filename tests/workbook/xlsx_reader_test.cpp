@@ -10,10 +10,14 @@
 namespace pellago {
 namespace {
 
+using test_support::boolean;
+using test_support::date;
+using test_support::date_time;
 using test_support::empty;
 using test_support::number;
 using test_support::row;
 using test_support::text;
+using test_support::time_of_day;
 
 // Owns a libxlsxwriter workbook being written; close() writes the file.
 class XlsxFile {
@@ -95,8 +99,9 @@ TEST(XlsxReader, DateAndTimeFormatsGiveIsoTextOtherFormatsNumbers) {
   const Workbook sheet_read = file.close_and_open();
 
   EXPECT_EQ(row(sheet_read, 1),
-            (std::vector<Cell>{text("2024-03-01"), text("2024-03-01"), text("2024-03-01T12:30:15"),
-                               text("2024-03-01T12:30:15"), text("12:30:00"), text("12:30:00")}));
+            (std::vector<Cell>{date(2024, 3, 1), date(2024, 3, 1),
+                               date_time(2024, 3, 1, 12, 30, 15), date_time(2024, 3, 1, 12, 30, 15),
+                               time_of_day(12, 30, 0), time_of_day(12, 30, 0)}));
   EXPECT_EQ(row(sheet_read, 2),
             (std::vector<Cell>{number(45352), number(45352), number(-1), empty, empty, empty}));
 }
@@ -118,8 +123,8 @@ TEST(XlsxReader, FormulasBooleansAndRichStringsGiveTheirValues) {
 
   const Workbook values = file.close_and_open();
 
-  EXPECT_EQ(row(values, 1), (std::vector<Cell>{number(42), text("ok"), text("TRUE"), text("FALSE"),
-                                               text("Check focus")}));
+  EXPECT_EQ(row(values, 1), (std::vector<Cell>{number(42), text("ok"), boolean(true),
+                                               boolean(false), text("Check focus")}));
 }
 
 TEST(XlsxReader, CellsAtTheFarEdgesOfTheSheetAreRead) {

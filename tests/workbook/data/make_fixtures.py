@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Writes the committed workbook fixtures of tests/workbook/data.
 
-The .xls files come from xlwt (Debian's python3-xlwt); the .xlsx files are written with zipfile
+The .xls files come from xlwt (Debian's python3-xlwt); typed_*.xlsx come from XlsxWriter (Debian's
+python3-xlsxwriter), holding the same cells as typed_*.xls; the other .xlsx files are written with zipfile
 from the XML below, to hold what a spreadsheet writer library does not produce on request (cells
 and rows without references, inline strings, phonetic runs, the 1904 date system, relocated
 parts) and the damaged and hostile packages. Run it with Debian's /usr/bin/python3, from anywhere;
@@ -10,8 +11,11 @@ it rewrites every fixture.
 
 import datetime
 import os
+import re
+import struct
 import zipfile
 
+import xlsxwriter
 import xlwt
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -75,7 +79,8 @@ def simple_package(sheet_xml, shared_strings=None):
 
 # The first sheet of workbook.xml is part sheet3.xml, named by an absolute target; the 1904 date
 # system; rows and cells without references; inline and rich-text strings with phonetic runs;
-# booleans, errors, formula strings; a style-only cell and a style-only row.
+# booleans, errors, formula strings, ISO dates (one of them no date); a style-only cell and a
+# style-only row.
 HANDMADE_SHARED = f"""<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
 <sst xmlns="{MAIN_NS}" count="5" uniqueCount="5">
 <si><t>Name</t></si>
@@ -112,7 +117,8 @@ HANDMADE_SHEET = worksheet(
     '<c t="str"><f>A1&amp;"!"</f><v>Name!</v></c>'
     "</row>"
     '<row r="4"><c r="B4" s="1"/><c t="s"><v>2</v></c><c><v>-7</v></c>'
-    '<c t="s"><v>3</v></c><c t="s"><v>4</v></c><c t="inlineStr"><is><t/></is></c></row>'
+    '<c t="s"><v>3</v></c><c t="s"><v>4</v></c><c t="inlineStr"><is><t/></is></c>'
+    '<c t="d"><v>2024-03-01T12:30:15Z</v></c><c t="d"><v>2024-13-01</v></c></row>'
     '<row r="6"><c r="A6" s="1"/><c r="J6" s="2"/></row>')
 
 HANDMADE = {
@@ -176,6 +182,11 @@ def write_xlsx_fixtures():
         f'<sst xmlns="{MAIN_NS}"><si><t>only</t></si></sst>'))
     # 4 MiB of empty elements inside <sheetData> packs to a few KiB: read with a lowered cap.
     write_zip("bomb.xlsx", simple_package(worksheet("<x/>" * (1 << 20))))
+    # One shared string of 60 MiB that five cells refer to: 300 MiB of cell text from 60 KiB.
+    write_zip("shared_bomb.xlsx", simple_package(
+        worksheet("".join(f'<row r="{r}"><c r="A{r}" t="s"><v>0</v></c></row>'
+                          for r in range(1, 6))),
+        f'<sst xmlns="{MAIN_NS}"><si><t>{"A" * (60 << 20)}</t></si></sst>'))
     write_damaged_member()
 
 
@@ -233,11 +244,106 @@ def write_xls_fixtures():
     password = whole.index(b"\x13\x00\x02\x00\x00\x00")
     with open(os.path.join(HERE, "encrypted.xls"), "wb") as handle:
         handle.write(whole[:password] + b"\x2f\x00" + whole[password + 2:])
-    # The second sheet's FOOTER record (0x0015) claiming 122 bytes where it holds 5: FreeXL reads
-    # out of bounds on it and crashes (found by fuzzing).
-    footer = whole.index(b"\x15\x00\x05\x00", 0xA00)
+    # The first sheet's FOOTER record (0x0015) claiming 65,535 bytes where it holds 5, more than
+    # the rest of the workbook stream.
+    footer = whole.index(b"\x15\x00\x05\x00", 0x600)
     with open(os.path.join(HERE, "bad_record_length.xls"), "wb") as handle:
-        handle.write(whole[:footer + 2] + b"\x7a\x00" + whole[footer + 4:])
+        handle.write(whole[:footer + 2] + b"\xff\xff" + whole[footer + 4:])
+    # A compound file header claiming 16,777,216 sectors of its master sector table: a reader that
+    # sizes its tables from the header alone allocates gigabytes for this 5 KiB file.
+    huge = bytearray(whole)
+    huge[0x44:0x4C] = struct.pack("<II", 0, 1 << 24)
+    with open(os.path.join(HERE, "huge_sector_table.xls"), "wb") as handle:
+        handle.write(huge)
+    # One byte of the compound file's directory changed: the workbook stream's entry is damaged.
+    with open(os.path.join(HERE, "..", "..", "cli", "data", "inspect_gap_in_headers.xls"),
+              "rb") as handle:
+        gap = bytearray(handle.read())
+    gap[5185] = 0xDE
+    with open(os.path.join(HERE, "damaged_directory.xls"), "wb") as handle:
+        handle.write(gap)
+
+
+# The same logical sheets, written as .xls and as .xlsx: every kind of cell, and a header row of
+# cells that are not text. The long text fills a cell to its limit of 32,767 characters, in UTF-16
+# (so that it spans several records of an .xls).
+TYPED_HEADERS = ["Name", "Yes", "No", "Day", "Leap", "Last", "Stamp", "Clock", "Long", "Count"]
+LONG_TEXT = ("Take 東京 " * 4096)[:32767]
+TYPED_ROW = ["C001", True, False, datetime.date(2011, 5, 6), datetime.date(2100, 3, 1),
+             datetime.date(9999, 12, 31), datetime.datetime(2024, 3, 1, 12, 30, 15),
+             datetime.time(12, 30, 15), LONG_TEXT, 12]
+NOT_TEXT_HEADERS = ["Name", True, datetime.date(2011, 5, 6), datetime.datetime(2024, 3, 1, 12, 30, 15),
+                    datetime.time(12, 30, 15), 12]
+
+XLS_FORMATS = {datetime.date: "YYYY-MM-DD", datetime.datetime: "YYYY-MM-DD hh:mm:ss",
+               datetime.time: "hh:mm:ss"}
+
+
+def write_typed_xls(name, rows):
+    book = xlwt.Workbook(encoding="utf-8")
+    sheet = book.add_sheet("Log")
+    for r, row in enumerate(rows):
+        for c, value in enumerate(row):
+            kind = type(value)
+            if kind in XLS_FORMATS:
+                sheet.write(r, c, value, xlwt.easyxf(num_format_str=XLS_FORMATS[kind]))
+            else:
+                sheet.write(r, c, value)
+    book.save(os.path.join(HERE, name))
+
+
+def write_typed_xlsx(name, rows):
+    book = xlsxwriter.Workbook(os.path.join(HERE, name))
+    book.set_properties({"created": datetime.datetime(2024, 1, 1)})
+    formats = {kind: book.add_format({"num_format": code}) for kind, code in XLS_FORMATS.items()}
+    sheet = book.add_worksheet("Log")
+    for r, row in enumerate(rows):
+        for c, value in enumerate(row):
+            kind = type(value)
+            if kind in formats:
+                sheet.write_datetime(r, c, value, formats[kind])
+            else:
+                sheet.write(r, c, value)
+    book.close()
+
+
+def write_typed_fixtures():
+    for extension, write in [("xls", write_typed_xls), ("xlsx", write_typed_xlsx)]:
+        write(f"typed_cells.{extension}", [TYPED_HEADERS, TYPED_ROW])
+        write(f"typed_headers.{extension}", [NOT_TEXT_HEADERS])
+
+
+def write_formula_fixture():
+    """Formula cells with each kind of cached result. xlwt caches every formula's result as empty
+    text, so the results are patched in: a number under a date format, true, an error, empty text,
+    and text, for which the NUMBER record after the formula becomes the STRING record that holds
+    it (same length, so the compound file stays as it was)."""
+    book = xlwt.Workbook(encoding="utf-8")
+    sheet = book.add_sheet("Log")
+    for column in range(6):
+        sheet.write(0, column, f"Formula {column + 1}")
+    sheet.write(1, 0, xlwt.Formula("40000+669"), xlwt.easyxf(num_format_str="YYYY-MM-DD"))
+    for column in range(1, 5):
+        sheet.write(1, column, xlwt.Formula("1+1"))
+    sheet.write(1, 5, 0.1234567891)
+    path = os.path.join(HERE, "formulas.xls")
+    book.save(path)
+
+    with open(path, "rb") as handle:
+        data = bytearray(handle.read())
+    results = [struct.pack("<d", 40669.0), bytes.fromhex("010001000000ffff"),
+               bytes.fromhex("020007000000ffff"), bytes.fromhex("030000000000ffff"),
+               bytes.fromhex("000000000000ffff")]
+    for column, result in enumerate(results):
+        # FORMULA, its length (any), row 1, the column.
+        found = [m.start() for m in re.finditer(rb"\x06\x00..\x01\x00" + bytes([column, 0]), data,
+                                                re.S)]
+        assert len(found) == 1
+        data[found[0] + 10:found[0] + 18] = result
+    number = data.index(b"\x03\x02\x0e\x00\x01\x00\x05\x00")
+    data[number:number + 18] = b"\x07\x02\x0e\x00\x0b\x00\x00Cached text"
+    with open(path, "wb") as handle:
+        handle.write(data)
 
 
 def write_renamed_fixtures():
@@ -251,4 +357,6 @@ def write_renamed_fixtures():
 if __name__ == "__main__":
     write_xlsx_fixtures()
     write_xls_fixtures()
+    write_typed_fixtures()
+    write_formula_fixture()
     write_renamed_fixtures()

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <vector>
+
+#include "merge/findings.hpp"
+
+namespace pellago::app {
+
+// The findings of a check, one per line: severity, sheet row, column, clip, what looks wrong and
+// what to write instead.
+class FindingsModel : public QAbstractTableModel {
+  Q_OBJECT
+
+ public:
+  enum Column { kSeverity, kRow, kColumn, kClip, kMessage, kSuggestion, kColumns };
+
+  using QAbstractTableModel::QAbstractTableModel;
+
+  void show_report(const CheckReport& report);
+  const Finding& finding(int row) const { return findings_.at(static_cast<std::size_t>(row)); }
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+ private:
+  std::vector<Finding> findings_;
+};
+
+}  // namespace pellago::app

@@ -1,0 +1,429 @@
+#include "merge/export_sheet.hpp"
+
+#include <fmt/format.h>
+#include <stdlib.h>
+#include <unistd.h>
+#include <xlsxwriter.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+
+#include "document/document.hpp"
+#include "error.hpp"
+#include "merge/log_sheet.hpp"
+#include "merge/logging_fields.hpp"
+#include "merge/output_file.hpp"
+#include "merge/required_element.hpp"
+#include "timecode/clip_timing.hpp"
+#include "timecode/read_integer.hpp"
+#include "timecode/to_frames.hpp"
+#include "workbook/workbook.hpp"
+
+namespace pellago {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What a column of the merge holds for a clip.
+enum class Content { name, point, good, text, empty };
+
+// The columns of the merge in the order of the sheet, with their widths.
+struct ExportColumn {
+  std::string_view header;
+  Content content;
+  double width;
+  std::string_view point = {};  // for Content::point: the element, which the merge adds if missing
+};
+
+constexpr std::array<ExportColumn, 24> kExportColumns{{
+    {"Name", Content::name, 28},
+    {"In", Content::point, 13, "in"},
+    {"Out", Content::point, 13, "out"},
+    {"Subclip Name", Content::empty, 20},
+    {"Good", Content::good, 7},
+    {"Label", Content::text, 14},
+    {"Label 2", Content::text, 14},
+    {"Description", Content::text, 28},
+    {"Scene", Content::text, 12},
+    {"Shot/Take", Content::text, 12},
+    {"Log Note", Content::text, 28},
+    {"Angle", Content::text, 10},
+    {"Master Comment 1", Content::text, 20},
+    {"Master Comment 2", Content::text, 20},
+    {"Master Comment 3", Content::text, 20},
+    {"Master Comment 4", Content::text, 20},
+    {"Comment 1", Content::text, 20},
+    {"Comment 2", Content::text, 20},
+    {"Marker Timecode", Content::empty, 16},
+    {"Marker Name", Content::empty, 16},
+    {"Marker Comment", Content::empty, 20},
+    {"Marker Color", Content::empty, 13},
+    {"Aux TC 1", Content::empty, 13},
+    {"Aux TC 2", Content::empty, 13},
+}};
+
+struct MergeColumn {
+  std::string_view header;
+  Content content;
+  double width;
+  // The element the cell is read from and that the merge writes; for point, good and text.
+  std::string_view selector;
+  // The merge adds the element, or fails, when a clip lacks it: the column is left out then.
+  bool needs_element = false;
+};
+
+// Each export column with the element the merge writes its cells into.
+std::vector<MergeColumn> merge_columns() {
+  const std::vector<LoggingFieldElement> logged = logging_field_elements();
+  std::vector<MergeColumn> columns;
+  for (const ExportColumn& column : kExportColumns) {
+    MergeColumn merge{column.header, column.content, column.width, column.point,
+                      column.content == Content::point};
+    if (column.content == Content::good || column.content == Content::text) {
+      const auto field = std::ranges::find(logged, column.header, &LoggingFieldElement::header);
+      merge.selector = field->selector;
+      merge.needs_element = field->first_match_only;
+    }
+    columns.push_back(merge);
+  }
+  return columns;
+}
+
+// Columns after the merge's, with headers it ignores: what the clips hold already, for the logger
+// to see. One group per marker, as many as the clip with the most markers needs; an aux column
+// when some clip has that aux timecode.
+constexpr std::array<std::string_view, 3> kMarkerInProject{"Marker Timecode", "Marker Name",
+                                                           "Marker Comment"};
+struct AuxInProject {
+  std::string_view header;
+  std::string_view source;  // the timecode element's <source>
+};
+constexpr std::array<AuxInProject, 2> kAuxInProject{{{"Aux TC 1", "aux1"}, {"Aux TC 2", "aux2"}}};
+constexpr double kInProjectWidth = 16;
+
+struct SheetColumn {
+  std::string header;
+  double width;
+};
+
+struct SheetRow {
+  std::string name;
+  std::vector<std::string> cells;  // one per column
+};
+
+// The clips of one name, in document order.
+struct NamedClips {
+  std::string name;
+  std::vector<Element> clips;
+  std::size_t last_position = 0;  // of the last of them among all the document's clips
+};
+
+std::vector<NamedClips> clips_by_name(const Document& document) {
+  std::vector<NamedClips> names;
+  std::unordered_map<std::string, std::size_t> index;
+  const std::vector<Element> clips = document.all("clip");
+  for (std::size_t position = 0; position < clips.size(); ++position) {
+    const Element clip = clips[position];
+    const Element name = clip.first("name");
+    if (!name) continue;
+    std::string text = name.text();
+    // An empty Name cannot be told apart from a blank row.
+    if (text.empty()) continue;
+    const auto [at, added] = index.try_emplace(text, names.size());
+    if (added) names.push_back({std::move(text), {}});
+    names[at->second].clips.push_back(clip);
+    names[at->second].last_position = position;
+  }
+  return names;
+}
+
+// Why the merge cannot apply a row to the clip: the elements every matched row needs.
+std::optional<std::string> unloggable(Element clip) {
+  try {
+    resolve_clip_timing(clip, FRAME_RATES);
+  } catch (const Error& error) {
+    return error.what();
+  }
+  if (!clip.first("duration")) return "no <duration> element";
+  return std::nullopt;
+}
+
+std::vector<NamedClips> loggable_names(std::vector<NamedClips> names, ExportReport& report) {
+  std::erase_if(names, [&report](const NamedClips& named) {
+    for (Element clip : named.clips) {
+      if (auto reason = unloggable(clip)) {
+        report.names_left_out.push_back({named.name, std::move(*reason)});
+        return true;
+      }
+    }
+    return false;
+  });
+  return names;
+}
+
+// The name of the first clip without a `selector` element, if any.
+std::optional<std::string> first_lacking(const std::vector<NamedClips>& names,
+                                         std::string_view selector) {
+  for (const NamedClips& named : names) {
+    for (Element clip : named.clips) {
+      if (!clip.first(selector)) return named.name;
+    }
+  }
+  return std::nullopt;
+}
+
+// The merge columns to write: those that need an element only when every clip holds it.
+std::vector<MergeColumn> written_columns(const std::vector<NamedClips>& names,
+                                         ExportReport& report) {
+  std::vector<MergeColumn> columns;
+  for (const MergeColumn& column : merge_columns()) {
+    const auto lacking =
+        column.needs_element ? first_lacking(names, column.selector) : std::nullopt;
+    if (lacking) {
+      report.columns_left_out.push_back(
+          {std::string(column.header), *lacking, element_path(column.selector)});
+    } else {
+      columns.push_back(column);
+    }
+  }
+  return columns;
+}
+
+double conversion_rate(const ClipTiming& timing) {
+  return timing.rate ? timing.rate->fcp_rate : static_cast<double>(timing.timebase);
+}
+
+// An in or out point as the timecode of its frame; empty when unset (-1).
+std::string point_text(Element point, const ClipTiming& timing) {
+  if (!point) return {};
+  const std::int64_t frames = read_integer(point.text());
+  if (frames == -1) return {};
+  return to_timecode(timing.start_frame + frames, conversion_rate(timing), timing.display_format);
+}
+
+std::string text_of(Element element) { return element ? element.text() : std::string(); }
+
+std::string cell_text(const MergeColumn& column, const NamedClips& named,
+                      const ClipTiming& timing) {
+  const Element clip = named.clips.front();
+  switch (column.content) {
+    case Content::name:
+      return named.name;
+    case Content::point:
+      return point_text(clip.first(column.selector), timing);
+    case Content::good:
+      return text_of(clip.first(column.selector)) == "TRUE" ? "yes" : "";
+    case Content::text:
+      return text_of(clip.first(column.selector));
+    case Content::empty:
+      break;
+  }
+  return {};
+}
+
+// Timecode, name and comment of each marker the clip holds.
+std::vector<std::array<std::string, 3>> markers_in_project(Element clip, const ClipTiming& timing) {
+  std::vector<std::array<std::string, 3>> markers;
+  for (Element marker : clip.all("./marker")) {
+    markers.push_back({point_text(marker.first("in"), timing), text_of(marker.first("name")),
+                       text_of(marker.first("comment"))});
+  }
+  return markers;
+}
+
+// An auxiliary timecode as the merge would read it back from "Aux TC 1" or "Aux TC 2": at the
+// clip's timebase and the display format of the file's own timecode.
+std::string aux_in_project(Element clip, const ClipTiming& timing, std::string_view source) {
+  const Element aux = clip.first_xpath(fmt::format(".//timecode[source=\"{}\"]", source));
+  if (!aux) return {};
+  const Element file_format = clip.first("file/timecode/displayformat");
+  return to_timecode(read_integer(text_of(aux.first("frame"))),
+                     static_cast<double>(timing.timebase),
+                     file_format ? file_format.text() : timing.display_format);
+}
+
+struct Sheet {
+  std::vector<SheetColumn> columns;
+  std::vector<SheetRow> rows;
+  std::size_t blank_rows = 0;  // after the rows
+};
+
+// The merge writes a row only into clips whose position among all the document's clips is below
+// the sheet's row count. Clips sharing a name, or without one, leave the sheet shorter than that:
+// blank rows make up the difference. Blank rows match clips whose name is empty, though; with
+// such a clip there are none.
+std::size_t blank_rows_needed(const Document& document, const std::vector<NamedClips>& names) {
+  for (Element clip : document.all("clip")) {
+    const Element name = clip.first("name");
+    if (name && name.text().empty()) return 0;
+  }
+  std::size_t rows_needed = 0;
+  for (const NamedClips& named : names) {
+    rows_needed = std::max(rows_needed, named.last_position + 1);
+  }
+  return rows_needed > names.size() ? rows_needed - names.size() : 0;
+}
+
+Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<MergeColumn>& columns) {
+  Sheet sheet;
+  for (const MergeColumn& column : columns) {
+    sheet.columns.push_back({std::string(column.header), column.width});
+  }
+  std::vector<std::vector<std::array<std::string, 3>>> markers;
+  std::array<std::vector<std::string>, 2> aux;
+  std::size_t marker_groups = 0;
+  std::array<bool, 2> aux_held{};
+  for (const NamedClips& named : names) {
+    const Element clip = named.clips.front();
+    const ClipTiming timing = resolve_clip_timing(clip, FRAME_RATES);
+    SheetRow row{named.name, {}};
+    for (const MergeColumn& column : columns) row.cells.push_back(cell_text(column, named, timing));
+    sheet.rows.push_back(std::move(row));
+    markers.push_back(markers_in_project(clip, timing));
+    marker_groups = std::max(marker_groups, markers.back().size());
+    for (std::size_t i = 0; i < 2; ++i) {
+      aux[i].push_back(aux_in_project(clip, timing, kAuxInProject[i].source));
+      aux_held[i] = aux_held[i] || !aux[i].back().empty();
+    }
+  }
+  for (std::size_t group = 0; group < marker_groups; ++group) {
+    for (std::string_view header : kMarkerInProject) {
+      sheet.columns.push_back({in_project_header(header), kInProjectWidth});
+    }
+    for (std::size_t r = 0; r < sheet.rows.size(); ++r) {
+      for (std::size_t i = 0; i < 3; ++i) {
+        sheet.rows[r].cells.push_back(group < markers[r].size() ? markers[r][group][i] : "");
+      }
+    }
+  }
+  for (std::size_t i = 0; i < 2; ++i) {
+    if (!aux_held[i]) continue;
+    sheet.columns.push_back({in_project_header(kAuxInProject[i].header), kInProjectWidth});
+    for (std::size_t r = 0; r < sheet.rows.size(); ++r) sheet.rows[r].cells.push_back(aux[i][r]);
+  }
+  return sheet;
+}
+
+// A file in the temporary folder for libxlsxwriter, which writes to a file name; removed at the
+// end.
+class ScratchFile {
+ public:
+  ScratchFile() {
+    std::string pattern = (fs::temp_directory_path() / "pellago-export-XXXXXX").string();
+    const int fd = mkstemp(pattern.data());
+    if (fd < 0)
+      throw Error(fmt::format("cannot create a temporary file: {}", strerror(errno)), errno);
+    close(fd);
+    path_ = pattern;
+  }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+  ~ScratchFile() { unlink(path_.c_str()); }
+
+  const std::string& path() const { return path_; }
+
+  // Hands the file's bytes to `sink` in chunks.
+  void copy_to(const OutputSink& sink) const {
+    std::ifstream file(path_, std::ios::binary);
+    std::array<char, 65536> chunk;
+    while (file.read(chunk.data(), chunk.size()) || file.gcount() > 0) {
+      sink(std::string_view(chunk.data(), static_cast<std::size_t>(file.gcount())));
+    }
+    if (!file.eof()) throw Error(fmt::format("cannot read the temporary file \"{}\"", path_));
+  }
+
+ private:
+  std::string path_;
+};
+
+void check(lxw_error error, std::string_view what) {
+  if (error != LXW_NO_ERROR) throw Error(fmt::format("cannot {}: {}", what, lxw_strerror(error)));
+}
+
+// The sheet as an .xlsx file at `path`: bold frozen header row, every column formatted as text so
+// that what a logger types ("101", "01:00:10:00") stays text.
+void write_workbook(const Sheet& sheet, const std::string& path) {
+  lxw_workbook* workbook = workbook_new(path.c_str());
+  if (workbook == nullptr) throw Error(fmt::format("cannot create a workbook in \"{}\"", path));
+  lxw_worksheet* worksheet = workbook_add_worksheet(workbook, "Log Sheet");
+  lxw_format* text = workbook_add_format(workbook);
+  format_set_num_format(text, "@");
+  lxw_format* header = workbook_add_format(workbook);
+  format_set_num_format(header, "@");
+  format_set_bold(header);
+  try {
+    for (std::size_t c = 0; c < sheet.columns.size(); ++c) {
+      const auto column = static_cast<lxw_col_t>(c);
+      check(worksheet_set_column(worksheet, column, column, sheet.columns[c].width, text),
+            "set the column widths");
+      check(worksheet_write_string(worksheet, 0, column, sheet.columns[c].header.c_str(), header),
+            "write the header row");
+    }
+    worksheet_freeze_panes(worksheet, 1, 0);
+    for (std::size_t r = 0; r < sheet.rows.size(); ++r) {
+      const SheetRow& row = sheet.rows[r];
+      for (std::size_t c = 0; c < row.cells.size(); ++c) {
+        if (row.cells[c].empty()) continue;
+        check(worksheet_write_string(worksheet, static_cast<lxw_row_t>(r + 1),
+                                     static_cast<lxw_col_t>(c), row.cells[c].c_str(), text),
+              fmt::format("write \"{}\" of clip {}", sheet.columns[c].header, row.name));
+      }
+    }
+    // A row is in use only when a cell of it holds a value: the last blank row gets an empty text,
+    // which only a formula can hold.
+    if (sheet.blank_rows > 0) {
+      check(worksheet_write_formula_str(
+                worksheet, static_cast<lxw_row_t>(sheet.rows.size() + sheet.blank_rows), 0, "=\"\"",
+                text, ""),
+            "write the blank rows");
+    }
+  } catch (const Error&) {
+    workbook_close(workbook);
+    throw;
+  }
+  check(workbook_close(workbook), "write the workbook");
+}
+
+}  // namespace
+
+ExportReport export_log_sheet(const std::string& xml_path, const std::string& sheet_path,
+                              ExistingSheet existing) {
+  if (sheet_kind(sheet_path) != SheetKind::xlsx) {
+    throw Error(
+        fmt::format("\"{}\" does not end in .xlsx: the log sheet is written as an .xlsx "
+                    "workbook",
+                    sheet_path));
+  }
+  std::error_code status_error;
+  if (existing == ExistingSheet::refuse &&
+      fs::exists(fs::symlink_status(sheet_path, status_error))) {
+    throw Error(fmt::format("\"{}\" exists already", sheet_path), EEXIST);
+  }
+  check_output_target(sheet_path);
+  const Document document = Document::parse_file(xml_path);
+  ExportReport report;
+  report.recovered = document.recovered_errors();
+  const std::vector<NamedClips> names = loggable_names(clips_by_name(document), report);
+  report.rows = names.size();
+  for (const NamedClips& named : names) report.clips += named.clips.size();
+  Sheet sheet = sheet_of(names, written_columns(names, report));
+  sheet.blank_rows = blank_rows_needed(document, names);
+
+  const ScratchFile scratch;
+  try {
+    write_workbook(sheet, scratch.path());
+  } catch (const Error& error) {
+    throw Error(fmt::format("{}: {}", sheet_path, error.what()));
+  }
+  write_file_replacing(sheet_path, [&scratch](const OutputSink& sink) { scratch.copy_to(sink); });
+  return report;
+}
+
+}  // namespace pellago

@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# Checks `pellago export`: the sheet of the example read back with openpyxl holds names and
+# timecodes as text cells in text-formatted columns, under a bold frozen header; it merges back
+# into the example without changes; an existing sheet is refused without --force; wrong usage.
+# Usage: export_test.sh PATH_OF_PELLAGO SOURCE_DIR
+set -u
+pellago=$1
+source_dir=$2
+failures=0
+
+fail() {
+  echo "FAIL: $*"
+  failures=$((failures + 1))
+}
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+project="$source_dir/examples/project.xml"
+sheet="$scratch/log_sheet.xlsx"
+
+# run ARGUMENT...: runs pellago with stdin closed to input; sets status, out and err.
+run() {
+  "$pellago" "$@" >"$scratch/stdout" 2>"$scratch/stderr" </dev/null
+  status=$?
+  out=$(cat "$scratch/stdout")
+  err=$(cat "$scratch/stderr")
+}
+
+run export "$project" "$sheet"
+[[ $status -eq 0 ]] || fail "export: status $status ($err)"
+[[ $out == *'left out column "Label": clip A001_C001_0611AB has no <labels><label> element'* &&
+  $out == *"wrote 6 rows for 6 clips to $sheet" ]] || fail "export says '$out'"
+
+# Debian's python3, where python3-openpyxl is installed.
+/usr/bin/python3 - "$sheet" <<'PYTHON' || fail "openpyxl found non-text cells"
+import sys
+import openpyxl
+
+sheet = openpyxl.load_workbook(sys.argv[1]).worksheets[0]
+headers = [cell.value for cell in sheet[1]]
+assert sheet.freeze_panes == "A2", sheet.freeze_panes
+assert all(cell.font.b for cell in sheet[1]), "header row not bold"
+rows = range(2, sheet.max_row + 1)
+names = [sheet.cell(row, headers.index("Name") + 1) for row in rows]
+assert [cell.value for cell in names][:2] == ["A001_C001_0611AB", "A001_C002_0611AB"], names
+timecodes = [sheet.cell(row, headers.index(header) + 1) for row in rows for header in ("In", "Out")]
+assert [c.value for c in timecodes if c.value] == ["01:01:15;28", "01:01:27;28"], timecodes
+for cell in names + [cell for cell in timecodes if cell.value is not None]:
+    assert cell.data_type == "s" and isinstance(cell.value, str), (cell.coordinate, cell.value)
+    assert cell.number_format == "@", (cell.coordinate, cell.number_format)
+# Empty cells of the columns are formatted as text too, for what a logger types there.
+assert sheet.column_dimensions["B"].number_format == "@", sheet.column_dimensions["B"].number_format
+# Widths are set: a wide Name, narrow timecodes.
+widths = [sheet.column_dimensions[letter].width for letter in "ABC"]
+assert widths[0] > 20 and 10 < widths[1] < 20 and widths[1] == widths[2], widths
+PYTHON
+
+# Merged back, the sheet changes nothing but the update behaviours.
+run merge "$sheet" "$project" "$scratch/merged.xml"
+[[ $status -eq 0 ]] || fail "merge of the exported sheet: status $status ($err)"
+sed 's|<updatebehavior>[^<]*</updatebehavior>|<updatebehavior>replaceoradd</updatebehavior>|' \
+  "$project" >"$scratch/expected.xml"
+cmp -s "$scratch/merged.xml" "$scratch/expected.xml" || fail "the merge changed the example"
+
+# An existing sheet: status 1 naming --force, the sheet unchanged; --force replaces it.
+echo "earlier sheet" >"$scratch/existing.xlsx"
+run export "$project" "$scratch/existing.xlsx"
+[[ $status -eq 1 && $err == "pellago: \"$scratch/existing.xlsx\" exists already; --force replaces it" ]] ||
+  fail "existing sheet: status $status, '$err'"
+[[ $(cat "$scratch/existing.xlsx") == "earlier sheet" ]] || fail "the existing sheet changed"
+run export --force "$project" "$scratch/existing.xlsx"
+[[ $status -eq 0 && $(head -c 2 "$scratch/existing.xlsx") == PK ]] || fail "--force did not write the sheet"
+
+# Wrong usage: status 2.
+run export "$project"
+[[ $status -eq 2 && $err == *"pellago export --help"* ]] || fail "wrong usage: status $status, '$err'"
+
+[[ $(ls -A "$scratch" | grep -c '^\.') -eq 0 ]] || fail "a temporary file was left behind"
+if [[ $failures -ne 0 ]]; then
+  echo "$failures export check(s) failed"
+  exit 1
+fi
+echo "all export checks passed"

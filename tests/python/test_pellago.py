@@ -1,0 +1,296 @@
+"""Tests of the Python module pellago, run by CTest with Debian's pytest.
+
+Environment: PYTHONPATH holds the built module, PELLAGO_CLI is the pellago program (merges are
+compared with its output), PELLAGO_MAKE_EXPORT the generator of large exports
+(make_merge_bench), PELLAGO_SOURCE_DIR the repository.
+"""
+
+import ast
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import threading
+import time
+
+import pytest
+import xlsxwriter
+
+import pellago
+
+CLI = os.environ["PELLAGO_CLI"]
+MAKE_EXPORT = os.environ["PELLAGO_MAKE_EXPORT"]
+EXAMPLES = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "examples"
+CHECK_SHEETS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "merge" / "data"
+SHEET = EXAMPLES / "log_sheet.xlsx"
+PROJECT = EXAMPLES / "project.xml"
+CLIPS_IN_PROJECT = 6
+
+
+def run_cli(*arguments):
+    return subprocess.run([CLI, *map(str, arguments)], capture_output=True, text=True, check=True)
+
+
+def test_merge_writes_what_the_program_writes(tmp_path):
+    expected = tmp_path / "cli.xml"
+    summary = run_cli("merge", "--quiet", SHEET, PROJECT, expected).stdout
+    output = tmp_path / "python.xml"
+
+    report = pellago.merge(SHEET, str(PROJECT), output)
+
+    assert output.read_bytes() == expected.read_bytes()
+    assert summary.startswith("visited 6 clips, changed 5; A001_C002_0611AB became 3 subclips: ")
+    assert "added 6 markers; 1 sheet row matched no clip" in summary
+    assert (report.outcome, report.clips_visited, report.clips_changed) == (
+        pellago.Outcome.merged,
+        6,
+        5,
+    )
+    assert (report.subclips_made, report.markers_added, report.rows_unmatched) == (2, 6, 1)
+    assert repr(report).startswith("MergeReport(outcome=Outcome.merged, clips_visited=6,")
+
+    not_a_sheet = pellago.merge(tmp_path / "log.XLSX", PROJECT, tmp_path / "none.xml")
+    assert not_a_sheet.outcome == pellago.Outcome.not_a_log_sheet
+    assert not (tmp_path / "none.xml").exists()
+
+    assert run_cli("--version").stdout == f"pellago {pellago.__version__}\n"
+    assert pellago.to_frames("01:00:00;00", 29.97, "DF") == 107892
+
+
+def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
+    calls = []
+    report = pellago.merge(
+        SHEET, PROJECT, tmp_path / "out.xml", progress=lambda done, total: calls.append((done, total))
+    )
+    assert report.outcome == pellago.Outcome.merged
+    assert calls == [(done, CLIPS_IN_PROJECT) for done in range(CLIPS_IN_PROJECT + 1)]
+
+    output = tmp_path / "earlier.xml"
+    output.write_text("earlier output")
+    report = pellago.merge(SHEET, PROJECT, output, progress=lambda done, total: done < 2)
+    assert (report.outcome, report.clips_visited) == (pellago.Outcome.cancelled, 2)
+    assert output.read_text() == "earlier output"
+
+    # False only after the last clip still stops the merge before it writes.
+    report = pellago.merge(SHEET, PROJECT, output, progress=lambda done, total: done < total)
+    assert (report.outcome, report.clips_visited) == (pellago.Outcome.cancelled, CLIPS_IN_PROJECT)
+    assert output.read_text() == "earlier output"
+
+    def interrupt(done, total):
+        if done == 3:
+            raise KeyboardInterrupt
+    with pytest.raises(KeyboardInterrupt):
+        pellago.merge(SHEET, PROJECT, output, progress=interrupt)
+    assert output.read_text() == "earlier output"
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["earlier.xml", "out.xml"]
+
+
+def test_a_recovered_document_is_reported_or_refused_when_strict(tmp_path):
+    project = PROJECT.read_text()
+    cut = tmp_path / "cut.xml"
+    cut.write_text(project[: project.index('<clip id="B001_C002_0611CD">') + 40])
+    expected = tmp_path / "cli.xml"
+    warning = run_cli("merge", "--quiet", SHEET, cut, expected).stderr
+
+    report = pellago.merge(SHEET, cut, tmp_path / "python.xml")
+
+    assert (tmp_path / "python.xml").read_bytes() == expected.read_bytes()
+    recovered = report.recovered
+    assert (report.clips_visited, recovered.count > 0, recovered.line > 1) == (4, True, True)
+    assert f"line {recovered.line}" in warning and recovered.message in warning
+    with pytest.raises(pellago.Error, match="is not well-formed XML: line "):
+        pellago.merge(SHEET, cut, tmp_path / "strict.xml", strict=True)
+    assert not (tmp_path / "strict.xml").exists()
+
+
+def as_json(report):
+    """The report in the shape of `pellago check --json --changes`."""
+
+    def clip(ref):
+        return ref and {"name": ref.name, "id": ref.id}
+
+    findings = [
+        {
+            "kind": f.kind.name,
+            "severity": f.severity.name,
+            "row": f.row,
+            "column": f.column and {"header": f.column.header, "letter": f.column.letter},
+            "clip": clip(f.clip),
+            "message": f.message,
+            "suggestion": f.suggestion or None,
+        }
+        for f in report.findings
+    ]
+    changes = [
+        {
+            "kind": c.kind.name,
+            "row": c.row,
+            "clip": clip(c.clip),
+            "element": c.element,
+            "old": c.old_text,
+            "new": c.new_text,
+            "content": [{"element": path, "text": text} for path, text in c.content],
+        }
+        for c in report.changes
+    ]
+    merge = report.merge
+    summary = {
+        name: getattr(merge, name)
+        for name in ("clips_visited", "clips_changed", "subclips_made", "markers_added")
+    } | {"rows_unmatched": merge.rows_unmatched}
+    return {"error": report.error, "summary": summary, "findings": findings, "changes": changes}
+
+
+def test_check_gives_what_the_program_prints_as_objects(tmp_path):
+    sheet = CHECK_SHEETS / "check_mistakes.xlsx"
+    printed = subprocess.run(
+        [CLI, "check", "--json", "--changes", sheet, PROJECT], capture_output=True, text=True
+    )
+    assert printed.returncode == 4
+
+    report = pellago.check(sheet, PROJECT, changes=True)
+
+    assert as_json(report) == json.loads(printed.stdout)
+    assert report.findings[0].kind == pellago.FindingKind.near_header
+    assert pellago.check(sheet, PROJECT).changes == []
+
+    # A merge that would fail is part of the report; a file that cannot be read raises.
+    broken = tmp_path / "broken.xml"
+    broken.write_text(PROJECT.read_text().replace("<duration>1500</duration>", ""))
+    merge_error = subprocess.run([CLI, "merge", SHEET, broken, tmp_path / "out.xml"],
+                                 capture_output=True, text=True).stderr
+    report = pellago.check(SHEET, broken)
+    assert merge_error == f"pellago: {report.error}\n"
+    assert (report.findings[-1].kind, report.findings[-1].severity) == (
+        pellago.FindingKind.merge_fails,
+        pellago.Severity.error,
+    )
+    with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
+        pellago.check(SHEET, tmp_path / "missing.xml")
+    assert pellago.check(tmp_path / "log.XLSX", PROJECT).merge.outcome == (
+        pellago.Outcome.not_a_log_sheet
+    )
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
+
+
+MEMORY_LIMITED_MERGE = """
+import resource, sys, pellago
+size = next(int(line.split()[1]) * 1024 for line in open("/proc/self/status")
+            if line.startswith("VmSize:"))
+limit = size + (64 << 20)
+resource.setrlimit(resource.RLIMIT_AS, (limit, limit))
+try:
+    pellago.merge(*sys.argv[1:])
+except MemoryError:
+    print("MemoryError")
+"""
+
+
+def test_failures_raise_the_matching_exception_and_write_nothing(tmp_path):
+    output = tmp_path / "out.xml"
+
+    with pytest.raises(FileNotFoundError) as missing:
+        pellago.merge(SHEET, tmp_path / "missing.xml", output)
+    assert str(tmp_path / "missing.xml") in str(missing.value)
+
+    # Root may write anywhere but in sysfs.
+    with pytest.raises(PermissionError, match="/sys/out.xml"):
+        pellago.merge(SHEET, PROJECT, "/sys/out.xml")
+
+    with pytest.raises(OSError) as directory:
+        pellago.merge(SHEET, tmp_path, output)
+    assert directory.value.errno == 21
+
+    not_a_workbook = tmp_path / "notes.xlsx"
+    not_a_workbook.write_text("Name,Scene\n")
+    with pytest.raises(pellago.Error, match=f"^{not_a_workbook}: not an .xlsx workbook"):
+        pellago.merge(not_a_workbook, PROJECT, output)
+    with pytest.raises(ValueError):
+        pellago.inspect(not_a_workbook)
+
+    # One long shared string in 4000 cells: a small file whose rows take 128 MB once read.
+    huge = tmp_path / "huge.xlsx"
+    workbook = xlsxwriter.Workbook(str(huge))
+    worksheet = workbook.add_worksheet()
+    worksheet.write_row(0, 0, ["Name", "Log Note"])
+    for row in range(1, 4001):
+        worksheet.write_row(row, 0, [f"A{row}", "x" * 32000])
+    workbook.close()
+    child = subprocess.run(
+        [sys.executable, "-c", MEMORY_LIMITED_MERGE, huge, PROJECT, output],
+        capture_output=True,
+        text=True,
+        check=True,
+    )
+    assert child.stdout == "MemoryError\n"
+
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["huge.xlsx", "notes.xlsx"]
+
+
+def test_inspect_gives_the_sheet_as_python_values(tmp_path):
+    sheet = pellago.inspect(SHEET)
+    assert sheet.headers[:3] == ["Name", "Subclip Name", "In"]
+    first = sheet.rows[0]
+    assert first.number == 2
+    assert (first.fields["Name"], first.fields["Good"]) == ("A001_C001_0611AB", "Yes")
+    assert [(m.timecode, m.name, m.comment, m.color) for m in first.markers] == [
+        ("10:00:05:00", "Slate", "", "red"),
+        ("10:00:42:12", "Laugh", None, "green"),
+    ]
+    assert pellago.inspect(tmp_path / "log.xls.bak") is None
+
+    # Row 1 alone: its cells keep their kinds.
+    headers_only = tmp_path / "headers.xlsx"
+    workbook = xlsxwriter.Workbook(str(headers_only))
+    workbook.add_worksheet().write_row(0, 0, ["Name", 12.5, None, "Scene"])
+    workbook.close()
+    sheet = pellago.inspect(headers_only)
+    assert (sheet.headers, sheet.rows) == (["Name", 12.5, None, "Scene"], [])
+
+
+def test_other_threads_run_while_a_large_merge_works(tmp_path):
+    project, log_sheet = tmp_path / "project.xml", tmp_path / "log.xlsx"
+    subprocess.run([MAKE_EXPORT, project, log_sheet, "5000"], check=True)
+    ticks = []
+    merging = threading.Event()
+    done = threading.Event()
+
+    def tick():
+        merging.wait()
+        while not done.is_set():
+            ticks.append(time.monotonic())
+            time.sleep(0.001)
+
+    ticker = threading.Thread(target=tick)
+    ticker.start()
+    try:
+        merging.set()
+        started = time.monotonic()
+        report = pellago.merge(log_sheet, project, tmp_path / "out.xml")
+        ended = time.monotonic()
+    finally:
+        done.set()
+        ticker.join()
+
+    assert report.clips_visited == 5000
+    during = [t for t in ticks if started < t < ended]
+    assert len(during) >= 20, f"{len(during)} ticks in a merge of {ended - started:.2f} s"
+
+
+def test_the_stub_declares_what_the_module_defines():
+    stub = ast.parse((pathlib.Path(pellago.__file__).parent / "pellago.pyi").read_text())
+    declared = {
+        node.name if hasattr(node, "name") else node.target.id
+        for node in stub.body
+        if isinstance(node, (ast.ClassDef, ast.FunctionDef, ast.AnnAssign))
+    }
+    defined = {name for name in dir(pellago) if not name.startswith("_")} | {"__version__"}
+    assert declared == defined
+    for name in defined - {"__version__", "Error"}:
+        members = next(n for n in stub.body if getattr(n, "name", None) == name)
+        if isinstance(members, ast.ClassDef):
+            stubbed = {getattr(n, "name", None) or n.target.id for n in members.body
+                       if isinstance(n, (ast.FunctionDef, ast.AnnAssign))}
+            public = {m for m in vars(getattr(pellago, name)) if not m.startswith("_")}
+            assert public - {"name", "value"} <= stubbed, name
