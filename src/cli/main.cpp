@@ -13,26 +13,10 @@
 #include "cli/help_formatter.hpp"
 #include "error.hpp"
 #include "merge/messages.hpp"
+#include "merge/near_names.hpp"
 #include "version.hpp"
 
 namespace {
-
-// Edits (insertions, deletions, substitutions, swaps of neighbours) that turn a into b.
-std::size_t edit_distance(const std::string& a, const std::string& b) {
-  std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
-  for (std::size_t i = 0; i <= a.size(); ++i) d[i][0] = i;
-  for (std::size_t j = 0; j <= b.size(); ++j) d[0][j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      d[i][j] = std::min(
-          {d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
-      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-        d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
-      }
-    }
-  }
-  return d[a.size()][b.size()];
-}
 
 // "pellago: "mrege" is not a command; the commands are merge, inspect, check, frames and export
 // (did you mean merge?)": the commands in the order the help lists them, and the nearest when it is
@@ -46,9 +30,10 @@ std::string unknown_command_message(const CLI::App* app, const std::string& word
     list += fmt::format("{}{}", i + 1 == names.size() ? " and " : ", ", names[i]);
   }
   const auto nearest = std::ranges::min_element(
-      names, {}, [&](const std::string& name) { return edit_distance(word, name); });
-  const std::string suggestion =
-      edit_distance(word, *nearest) <= 2 ? fmt::format(" (did you mean {}?)", *nearest) : "";
+      names, {}, [&](const std::string& name) { return pellago::edit_distance(word, name); });
+  const std::string suggestion = pellago::edit_distance(word, *nearest) <= 2
+                                     ? fmt::format(" (did you mean {}?)", *nearest)
+                                     : "";
   return fmt::format(
       "pellago: \"{}\" is not a command; the commands are {}{}; see 'pellago --help'\n", word, list,
       suggestion);

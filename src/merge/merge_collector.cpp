@@ -19,6 +19,9 @@ namespace pellago {
 namespace {
 
 constexpr int kFirstDataRow = 2;
+// Names compared in the search for the closest clip names to the rows that match none, over the
+// whole sheet: a few seconds at most, however many rows and clips.
+constexpr std::size_t kNameComparisons = 100'000'000;
 
 int sheet_row(std::size_t row_position) { return static_cast<int>(row_position) + kFirstDataRow; }
 
@@ -111,6 +114,43 @@ std::string id_copied_from(const std::string& id) {
   const std::size_t at = id.rfind(" clip0");
   if (at == std::string::npos || !digit_at(id, at + 6)) return id;
   return id.substr(0, at);
+}
+
+// The subclips by the id of the clip they were copied from.
+ClipsByName subclips_by_copied_id(const std::vector<ClipRef>& subclips) {
+  ClipsByName by_origin;
+  for (const ClipRef& subclip : subclips) {
+    if (subclip.id) by_origin[id_copied_from(*subclip.id)].push_back(&subclip);
+  }
+  return by_origin;
+}
+
+// The clips by what their names come to once near misses are set aside (near_miss_key).
+ClipsByName clips_by_near_miss_key(const std::vector<ClipRef>& clips) {
+  ClipsByName by_key;
+  for (const ClipRef& clip : clips) by_key[near_miss_key(clip.name)].push_back(&clip);
+  return by_key;
+}
+
+NameIndex clip_name_index(const std::vector<ClipRef>& clips) {
+  std::vector<std::string> names;
+  names.reserve(clips.size());
+  for (const ClipRef& clip : clips) names.push_back(clip.name);
+  return index_names(names);
+}
+
+// "did you mean "A001" or "A002"?" while the search for the closest names stays within the
+// comparisons left; past them, a sheet that names little of the document is the likelier mistake.
+std::string closest_names_suggestion(const std::string& name, const NameIndex& names,
+                                     std::size_t& comparisons_left) {
+  const std::size_t cost = comparisons(name, names);
+  if (cost > comparisons_left) {
+    return "so many rows name no clip that no closer names are looked for: check that the sheet "
+           "is the log sheet of this XML document";
+  }
+  comparisons_left -= cost;
+  const std::vector<std::string> near = closest(name, names, 3);
+  return near.empty() ? std::string() : fmt::format("did you mean {}?", quoted_list(near));
 }
 
 // Whether the clip holds, beside its first <media> where the merge puts markers, a marker at
@@ -618,6 +658,11 @@ void MergeCollector::flush_findings() {
 
 void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
   const std::optional<Column> name_column = column("Name");
+  // Built on the first unmatched row that needs them.
+  std::optional<ClipsByName> by_key;
+  std::optional<NameIndex> names;
+  const ClipsByName subclips_by_origin = subclips_by_copied_id(subclips_);
+  std::size_t comparisons_left = kNameComparisons;
   for (std::size_t position = 0; position < rows_->size(); ++position) {
     const LogRow& row = (*rows_)[position];
     if (row_used[position] || is_blank(row)) continue;
@@ -628,14 +673,17 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
           "head the column of clip names \"Name\"");
       continue;
     }
-    if (check_earlier_subclips(*name, sheet_row(position))) continue;
+    if (check_earlier_subclips(*name, sheet_row(position), subclips_by_origin)) continue;
     std::optional<ClipRef> same;
     NearMiss reasons;
-    for (const ClipRef& clip : clips_) {
-      reasons = near_miss_reasons(*name, clip.name);
-      if (reasons.any()) {
-        same = clip;
-        break;
+    if (!by_key) by_key = clips_by_near_miss_key(clips_);
+    if (const auto found = by_key->find(near_miss_key(*name)); found != by_key->end()) {
+      for (const ClipRef* clip : found->second) {
+        reasons = near_miss_reasons(*name, clip->name);
+        if (reasons.any()) {
+          same = *clip;
+          break;
+        }
       }
     }
     std::string message = name->empty() ? std::string("the row has no Name, so it names no clip")
@@ -649,26 +697,21 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
         suggestion = fmt::format("format the Name column as text and type {} again", same->name);
       }
     } else if (!name->empty()) {
-      std::vector<std::string> names;
-      for (const ClipRef& clip : clips_) names.push_back(clip.name);
-      const std::vector<std::string> near = closest(*name, names, 3);
-      if (!near.empty()) suggestion = fmt::format("did you mean {}?", quoted_list(near));
+      if (!names) names = clip_name_index(clips_);
+      suggestion = closest_names_suggestion(*name, *names, comparisons_left);
     }
     add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), name_column,
         std::move(same), std::move(message), std::move(suggestion));
   }
 }
 
-bool MergeCollector::check_earlier_subclips(const std::string& name, int at) {
+bool MergeCollector::check_earlier_subclips(const std::string& name, int at,
+                                            const ClipsByName& subclips_by_origin) {
+  const auto found = subclips_by_origin.find(name);
+  if (found == subclips_by_origin.end()) return false;
   std::vector<std::string> made;
-  std::optional<ClipRef> first;
-  for (const ClipRef& subclip : subclips_) {
-    if (!subclip.id || id_copied_from(*subclip.id) != name) continue;
-    if (!first) first = subclip;
-    made.push_back(fmt::format("\"{}\"", subclip.name));
-  }
-  if (!first) return false;
-  add(FindingKind::earlier_subclip, Severity::warning, at, column("Name"), first,
+  for (const ClipRef* subclip : found->second) made.push_back(fmt::format("\"{}\"", subclip->name));
+  add(FindingKind::earlier_subclip, Severity::warning, at, column("Name"), *found->second.front(),
       fmt::format("no clip is named \"{}\" any more: an earlier merge cut the clip of id \"{}\" "
                   "into subclips, now named {}, so the rows that name it match nothing",
                   name, name, fmt::join(made, ", ")),

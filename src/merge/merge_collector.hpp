@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "document/document.hpp"
@@ -16,6 +17,9 @@
 #include "workbook/workbook.hpp"
 
 namespace pellago {
+
+// Clips in document order under a key (a name, an id).
+using ClipsByName = std::unordered_map<std::string, std::vector<const ClipRef*>>;
 
 // Told by the merge driver what it reads and does, it writes findings (and, when asked, the
 // document changes it observes) into a CheckReport. Each call comes from the driver at the named
@@ -73,7 +77,8 @@ struct MergeCollector final : EditObserver {
                                             const ClipTiming& timing, std::int64_t clip_duration);
   void check_unmatched(const std::vector<bool>& row_used);
   // Reports an unmatched Name that is the id of a clip an earlier merge cut into subclips.
-  bool check_earlier_subclips(const std::string& name, int at);
+  bool check_earlier_subclips(const std::string& name, int at,
+                              const ClipsByName& subclips_by_origin);
   void check_shared_names();
   std::optional<ClipRef> clip_of(Element element) const;
   bool in_copy_being_made(Element element) const;

@@ -3,9 +3,15 @@
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <memory>
-#include <numeric>
+#include <optional>
+#include <ranges>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace pellago {
 
@@ -74,9 +80,9 @@ std::string composed(std::string_view text) {
 NearMiss near_miss_reasons(std::string_view typed, std::string_view wanted) {
   NearMiss reasons;
   if (typed == wanted) return reasons;
+  if (near_miss_key(typed) != near_miss_key(wanted)) return reasons;
   const std::string_view typed_core = without_point_zero(trimmed(typed));
   const std::string_view wanted_core = without_point_zero(trimmed(wanted));
-  if (folded(typed_core) != folded(wanted_core)) return reasons;
   reasons.blanks = trimmed(typed) != typed || trimmed(wanted) != wanted;
   reasons.number = typed_core != trimmed(typed) || wanted_core != trimmed(wanted);
   const std::string typed_composed = composed(typed_core);
@@ -114,41 +120,157 @@ std::string squashed(std::string_view text) {
   return kept;
 }
 
-std::size_t edit_distance(std::string_view a, std::string_view b) {
-  const std::vector<utf8proc_int32_t> from = code_points(a);
-  const std::vector<utf8proc_int32_t> to = code_points(b);
-  std::vector<std::size_t> previous(to.size() + 1);
-  std::iota(previous.begin(), previous.end(), std::size_t{0});
-  std::vector<std::size_t> current(to.size() + 1);
+namespace {
+
+using Points = std::vector<utf8proc_int32_t>;
+
+// Optimal string alignment distance by dynamic programming, for names longer than a machine word.
+std::size_t table_distance(const Points& from, const Points& to) {
+  std::vector<std::vector<std::size_t>> d(from.size() + 1, std::vector<std::size_t>(to.size() + 1));
+  for (std::size_t i = 0; i <= from.size(); ++i) d[i][0] = i;
+  for (std::size_t j = 0; j <= to.size(); ++j) d[0][j] = j;
   for (std::size_t i = 1; i <= from.size(); ++i) {
-    current[0] = i;
     for (std::size_t j = 1; j <= to.size(); ++j) {
-      const std::size_t replace = previous[j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
-      current[j] = std::min({previous[j] + 1, current[j - 1] + 1, replace});
+      const std::size_t replace = d[i - 1][j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
+      d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1, replace});
+      if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1]) {
+        d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+      }
     }
-    std::swap(previous, current);
   }
-  return previous[to.size()];
+  return d[from.size()][to.size()];
+}
+
+// For each code point of a pattern of at most 64, the bits of the positions holding it.
+struct PatternBits {
+  explicit PatternBits(const Points& pattern) : length(pattern.size()) {
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+      const std::uint64_t bit = std::uint64_t{1} << i;
+      if (pattern[i] >= 0 && pattern[i] < 128) {
+        ascii[static_cast<std::size_t>(pattern[i])] |= bit;
+      } else {
+        other[pattern[i]] |= bit;
+      }
+    }
+  }
+  std::uint64_t of(utf8proc_int32_t point) const {
+    if (point >= 0 && point < 128) return ascii[static_cast<std::size_t>(point)];
+    const auto found = other.find(point);
+    return found == other.end() ? 0 : found->second;
+  }
+
+  std::size_t length;
+  std::array<std::uint64_t, 128> ascii{};
+  std::unordered_map<utf8proc_int32_t, std::uint64_t> other;
+};
+
+// The same distance a word of bits at a time (Hyyro's bit-vector form of the table, with
+// transpositions): one pass over `text`, each column of the table in a few word operations.
+std::size_t bit_distance(const PatternBits& pattern, const Points& text) {
+  if (pattern.length == 0) return text.size();
+  const std::uint64_t last = std::uint64_t{1} << (pattern.length - 1);
+  std::uint64_t vertical_up = ~std::uint64_t{0};
+  std::uint64_t vertical_down = 0;
+  std::uint64_t diagonal = 0;
+  std::uint64_t previous_match = 0;
+  std::size_t distance = pattern.length;
+  for (utf8proc_int32_t point : text) {
+    const std::uint64_t match = pattern.of(point);
+    const std::uint64_t swapped = ((~diagonal & match) << 1) & previous_match;
+    diagonal =
+        (((match & vertical_up) + vertical_up) ^ vertical_up) | match | vertical_down | swapped;
+    std::uint64_t horizontal_up = vertical_down | ~(diagonal | vertical_up);
+    std::uint64_t horizontal_down = diagonal & vertical_up;
+    if (horizontal_up & last) ++distance;
+    if (horizontal_down & last) --distance;
+    horizontal_up = (horizontal_up << 1) | 1;
+    horizontal_down <<= 1;
+    vertical_up = horizontal_down | ~(diagonal | horizontal_up);
+    vertical_down = horizontal_up & diagonal;
+    previous_match = match;
+  }
+  return distance;
+}
+
+std::size_t distance(const Points& from, const PatternBits* bits, const Points& to) {
+  return bits ? bit_distance(*bits, to) : table_distance(from, to);
+}
+
+}  // namespace
+
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+  const Points from = code_points(a);
+  const Points to = code_points(b);
+  if (from.size() > 64) return table_distance(from, to);
+  return bit_distance(PatternBits(from), to);
+}
+
+NameIndex index_names(const std::vector<std::string>& names) {
+  NameIndex index;
+  std::unordered_set<std::string_view> seen;
+  for (const std::string& name : names) {
+    if (!seen.insert(name).second) continue;
+    Points points = code_points(folded(trimmed(name)));
+    index.by_length[points.size()].push_back(index.names.size());
+    index.names.push_back(name);
+    index.folded.push_back(std::move(points));
+  }
+  return index;
+}
+
+namespace {
+
+// The folded text a search looks for and how far from it a name may be.
+struct Search {
+  explicit Search(std::string_view text)
+      : key(code_points(folded(trimmed(text)))),
+        allowed(std::min<std::size_t>(2, key.size() / 4)) {}
+
+  // The buckets of names whose lengths are near enough to the key's to be compared with it.
+  auto buckets(const NameIndex& index) const {
+    const std::size_t shortest = key.size() - std::min(key.size(), allowed);
+    return std::ranges::subrange(index.by_length.lower_bound(shortest),
+                                 index.by_length.upper_bound(key.size() + allowed));
+  }
+
+  Points key;
+  std::size_t allowed;
+};
+
+}  // namespace
+
+std::size_t comparisons(std::string_view text, const NameIndex& index) {
+  std::size_t count = 0;
+  for (const auto& [length, names] : Search(text).buckets(index)) count += names.size();
+  return count;
+}
+
+std::vector<std::string> closest(std::string_view text, const NameIndex& index, std::size_t limit) {
+  const Search search(text);
+  const std::optional<PatternBits> bits =
+      search.key.size() <= 64 ? std::optional<PatternBits>(search.key) : std::nullopt;
+  std::vector<std::pair<std::size_t, std::size_t>> near;  // distance, name index
+  for (const auto& [length, names] : search.buckets(index)) {
+    for (std::size_t i : names) {
+      const std::size_t d = distance(search.key, bits ? &*bits : nullptr, index.folded[i]);
+      if (d <= search.allowed) near.emplace_back(d, i);
+    }
+  }
+  std::sort(near.begin(), near.end());
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < near.size() && names.size() < limit; ++i) {
+    names.push_back(index.names[near[i].second]);
+  }
+  return names;
 }
 
 std::vector<std::string> closest(std::string_view text, const std::vector<std::string>& candidates,
                                  std::size_t limit) {
-  const std::string key = folded(trimmed(text));
-  const std::size_t allowed = std::min<std::size_t>(2, code_points(key).size() / 4);
-  std::vector<std::pair<std::size_t, std::size_t>> near;  // distance, candidate index
-  for (std::size_t i = 0; i < candidates.size(); ++i) {
-    const std::size_t distance = edit_distance(key, folded(trimmed(candidates[i])));
-    if (distance <= allowed) near.emplace_back(distance, i);
-  }
-  std::stable_sort(near.begin(), near.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < near.size() && names.size() < limit; ++i) {
-    if (std::find(names.begin(), names.end(), candidates[near[i].second]) == names.end()) {
-      names.push_back(candidates[near[i].second]);
-    }
-  }
-  return names;
+  return closest(text, index_names(candidates), limit);
+}
+
+std::string near_miss_key(std::string_view name) {
+  return folded(without_point_zero(trimmed(name)));
 }
 
 }  // namespace pellago
