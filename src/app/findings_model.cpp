@@ -13,14 +13,14 @@ QString text(std::string_view utf8) {
 
 }  // namespace
 
-void FindingsModel::show_report(const CheckReport& report) {
+void FindingsModel::show_report(std::shared_ptr<const CheckReport> report) {
   beginResetModel();
-  findings_ = report.findings;
+  report_ = std::move(report);
   endResetModel();
 }
 
 int FindingsModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : static_cast<int>(findings_.size());
+  return parent.isValid() || !report_ ? 0 : static_cast<int>(report_->findings.size());
 }
 
 int FindingsModel::columnCount(const QModelIndex& parent) const {
@@ -29,7 +29,7 @@ int FindingsModel::columnCount(const QModelIndex& parent) const {
 
 QVariant FindingsModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid()) return {};
-  const Finding& finding = findings_.at(static_cast<std::size_t>(index.row()));
+  const Finding& finding = this->finding(index.row());
   if (role == Qt::ForegroundRole && index.column() == kSeverity &&
       finding.severity == Severity::error) {
     return QBrush(QColor(0xb0, 0x10, 0x10));

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
-#include <vector>
+#include <memory>
 
 #include "merge/findings.hpp"
 
@@ -17,8 +17,10 @@ class FindingsModel : public QAbstractTableModel {
 
   using QAbstractTableModel::QAbstractTableModel;
 
-  void show_report(const CheckReport& report);
-  const Finding& finding(int row) const { return findings_.at(static_cast<std::size_t>(row)); }
+  void show_report(std::shared_ptr<const CheckReport> report);
+  const Finding& finding(int row) const {
+    return report_->findings.at(static_cast<std::size_t>(row));
+  }
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -26,7 +28,7 @@ class FindingsModel : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
-  std::vector<Finding> findings_;
+  std::shared_ptr<const CheckReport> report_;
 };
 
 }  // namespace pellago::app

@@ -48,13 +48,15 @@ bool is_log_sheet(const QString& path) {
   return sheet_kind(local_path(path)) != SheetKind::not_a_log_sheet;
 }
 
-CheckReport check_files(const std::string& sheet, const std::string& xml) {
+// Runs on the worker thread. The report is shared, not copied, with the window's tables: on a
+// large project, copying it would stall the window.
+std::shared_ptr<const CheckReport> check_files(const std::string& sheet, const std::string& xml) {
   try {
-    return check(sheet, xml, CheckOptions{.sheet = true});
+    return std::make_shared<const CheckReport>(check(sheet, xml, CheckOptions{.sheet = true}));
   } catch (const std::exception& failure) {
-    CheckReport report;
-    report.merge.outcome = Outcome::merged;
-    report.error = failure_message(failure);
+    auto report = std::make_shared<CheckReport>();
+    report->merge.outcome = Outcome::merged;
+    report->error = failure_message(failure);
     return report;
   }
 }
@@ -144,13 +146,14 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
   recheck_timer_.setInterval(kRecheckDelayMs);
   connect(&recheck_timer_, &QTimer::timeout, this, &MainWindow::start_check);
   connect(&watcher_, &QFileSystemWatcher::fileChanged, this, &MainWindow::file_changed);
-  connect(&check_watcher_, &QFutureWatcher<CheckReport>::finished, this, [this] {
-    if (check_again_) {
-      start_check();
-      return;
-    }
-    show_check(check_watcher_.result());
-  });
+  connect(&check_watcher_, &QFutureWatcher<std::shared_ptr<const CheckReport>>::finished, this,
+          [this] {
+            if (check_again_) {
+              start_check();
+              return;
+            }
+            show_check(check_watcher_.result());
+          });
   connect(&merge_watcher_, &QFutureWatcher<MergeResult>::finished, this,
           [this] { show_merge_result(merge_watcher_.result()); });
 }
@@ -396,25 +399,25 @@ void MainWindow::start_check() {
   check_watcher_.setFuture(QtConcurrent::run(check_files, local_path(sheet), local_path(xml)));
 }
 
-void MainWindow::show_check(const CheckReport& report) {
+void MainWindow::show_check(const std::shared_ptr<const CheckReport>& report) {
   sheet_model_.show_report(report);
   findings_model_.show_report(report);
   sheet_view_->resizeColumnsToContents();
   findings_view_->resizeColumnsToContents();
   findings_view_->horizontalHeader()->setSectionResizeMode(FindingsModel::kMessage,
                                                            QHeaderView::Stretch);
-  if (report.merge.outcome == Outcome::not_a_log_sheet) {
+  if (report->merge.outcome == Outcome::not_a_log_sheet) {
     check_summary_->setText(text(not_a_log_sheet_message(local_path(sheet_edit_->text()))));
-  } else if (report.error) {
-    check_summary_->setText(tr("A merge would fail: %1").arg(text(*report.error)));
+  } else if (report->error) {
+    check_summary_->setText(tr("A merge would fail: %1").arg(text(*report->error)));
   } else {
     check_summary_->setText(
         tr("%1 - a merge would visit %2")
-            .arg(counted(report.findings.size(), tr("%1 finding"), tr("%1 findings")),
-                 merge_counts(report.merge)));
+            .arg(counted(report->findings.size(), tr("%1 finding"), tr("%1 findings")),
+                 merge_counts(report->merge)));
   }
   const std::string warning =
-      recovered_warning(report.merge.recovered, local_path(xml_edit_->text()));
+      recovered_warning(report->merge.recovered, local_path(xml_edit_->text()));
   if (!cancel_) {
     if (warning.empty()) {
       message_->hide();

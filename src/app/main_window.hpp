@@ -73,7 +73,7 @@ class MainWindow : public QMainWindow {
   void watch(const QString& path);
   void file_changed(const QString& path);
   void start_check();
-  void show_check(const CheckReport& report);
+  void show_check(const std::shared_ptr<const CheckReport>& report);
   void show_finding(const QModelIndex& index);
   bool confirm_replacing(const QString& output);
   void show_progress(qint64 value, qint64 maximum);
@@ -98,7 +98,7 @@ class MainWindow : public QMainWindow {
   FindingsModel findings_model_;
   QFileSystemWatcher watcher_;
   QTimer recheck_timer_;
-  QFutureWatcher<CheckReport> check_watcher_;
+  QFutureWatcher<std::shared_ptr<const CheckReport>> check_watcher_;
   bool check_again_ = false;  // an input changed while a check was running
   QFutureWatcher<MergeResult> merge_watcher_;
   std::shared_ptr<std::atomic<bool>> cancel_;

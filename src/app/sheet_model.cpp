@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QFont>
 #include <QStringList>
+#include <algorithm>
 
 namespace pellago::app {
 
@@ -23,27 +24,39 @@ QString marker_text(const MarkerEntry& marker) {
 
 }  // namespace
 
-void SheetModel::show_report(const CheckReport& report) {
+void SheetModel::show_report(std::shared_ptr<const CheckReport> report) {
   beginResetModel();
-  sheet_ = report.sheet.value_or(SheetAsRead{});
+  report_ = std::move(report);
   fields_.clear();
-  if (!sheet_.rows.empty()) fields_ = *sheet_.rows.front().fields.headers;
-  findings_.clear();
-  for (const Finding& finding : report.findings) {
-    if (finding.row) findings_.emplace(*finding.row, finding);
+  if (!rows().empty()) fields_ = *rows().front().fields.headers;
+  findings_by_row_.clear();
+  for (const Finding& finding : report_->findings) {
+    if (finding.row) findings_by_row_.emplace_back(*finding.row, &finding);
   }
+  std::ranges::stable_sort(findings_by_row_, {}, &std::pair<int, const Finding*>::first);
   endResetModel();
 }
 
+const std::vector<SheetRow>& SheetModel::rows() const {
+  static const std::vector<SheetRow> none;
+  return report_ && report_->sheet ? report_->sheet->rows : none;
+}
+
+std::span<const std::pair<int, const Finding*>> SheetModel::findings_of(int sheet_row) const {
+  const auto [first, last] = std::ranges::equal_range(findings_by_row_, sheet_row, {},
+                                                      &std::pair<int, const Finding*>::first);
+  return {first, last};
+}
+
 int SheetModel::model_row(int sheet_row) const {
-  for (std::size_t i = 0; i < sheet_.rows.size(); ++i) {
-    if (sheet_.rows[i].row == sheet_row) return static_cast<int>(i);
+  for (std::size_t i = 0; i < rows().size(); ++i) {
+    if (rows()[i].row == sheet_row) return static_cast<int>(i);
   }
   return -1;
 }
 
 int SheetModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : static_cast<int>(sheet_.rows.size());
+  return parent.isValid() ? 0 : static_cast<int>(rows().size());
 }
 
 int SheetModel::columnCount(const QModelIndex& parent) const {
@@ -52,7 +65,7 @@ int SheetModel::columnCount(const QModelIndex& parent) const {
 
 QVariant SheetModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid()) return {};
-  const SheetRow& row = sheet_.rows.at(static_cast<std::size_t>(index.row()));
+  const SheetRow& row = rows().at(static_cast<std::size_t>(index.row()));
   switch (role) {
     case Qt::DisplayRole:
       return display(row, index.column());
@@ -88,10 +101,10 @@ QVariant SheetModel::display(const SheetRow& row, int column) const {
 }
 
 QVariant SheetModel::tint(int sheet_row) const {
-  auto [first, last] = findings_.equal_range(sheet_row);
-  if (first == last) return {};
+  const auto findings = findings_of(sheet_row);
+  if (findings.empty()) return {};
   Severity gravest = Severity::note;
-  for (auto it = first; it != last; ++it) gravest = std::max(gravest, it->second.severity);
+  for (const auto& [row, finding] : findings) gravest = std::max(gravest, finding->severity);
   switch (gravest) {
     case Severity::error:
       return QBrush(QColor(0xf8, 0xd0, 0xd0));
@@ -104,9 +117,8 @@ QVariant SheetModel::tint(int sheet_row) const {
 }
 
 QVariant SheetModel::tool_tip(int sheet_row) const {
-  auto [first, last] = findings_.equal_range(sheet_row);
   QStringList lines;
-  for (auto it = first; it != last; ++it) lines << text(it->second.message);
+  for (const auto& [row, finding] : findings_of(sheet_row)) lines << text(finding->message);
   return lines.isEmpty() ? QVariant() : QVariant(lines.join('\n'));
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QAbstractTableModel>
-#include <map>
+#include <memory>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "merge/findings.hpp"
@@ -18,7 +20,7 @@ class SheetModel : public QAbstractTableModel {
   using QAbstractTableModel::QAbstractTableModel;
 
   // Shows the report's sheet and findings; an empty table when the report holds no sheet.
-  void show_report(const CheckReport& report);
+  void show_report(std::shared_ptr<const CheckReport> report);
   // The model row of a sheet row, or -1 when the table has no such row.
   int model_row(int sheet_row) const;
 
@@ -32,9 +34,13 @@ class SheetModel : public QAbstractTableModel {
   QVariant tint(int sheet_row) const;
   QVariant tool_tip(int sheet_row) const;
 
-  SheetAsRead sheet_;
-  std::vector<std::string> fields_;       // the headers of the rows' fields, in column order
-  std::multimap<int, Finding> findings_;  // by sheet row
+  const std::vector<SheetRow>& rows() const;
+  // The report's findings about one sheet row.
+  std::span<const std::pair<int, const Finding*>> findings_of(int sheet_row) const;
+
+  std::shared_ptr<const CheckReport> report_;
+  std::vector<std::string> fields_;  // the headers of the rows' fields, in column order
+  std::vector<std::pair<int, const Finding*>> findings_by_row_;  // sorted by sheet row
 };
 
 }  // namespace pellago::app
