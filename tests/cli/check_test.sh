@@ -9,27 +9,7 @@ pellago=$1
 source_dir=$2
 data="$source_dir/tests/merge/data"
 project="$source_dir/examples/project.xml"
-failures=0
-
-fail() {
-  echo "FAIL: $*"
-  failures=$((failures + 1))
-}
-
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-
-# run ARGUMENT...: runs pellago; sets status, out and err.
-run() {
-  "$pellago" "$@" >"$scratch/stdout" 2>"$scratch/stderr" </dev/null
-  status=$?
-  out=$(cat "$scratch/stdout")
-  err=$(cat "$scratch/stderr")
-}
-
-expect_status() {
-  [[ $status -eq $1 ]] || fail "$2: status $status, expected $1 (stderr: $err)"
-}
+source "$(dirname "$0")/common.sh"
 
 # A dozen typical mistakes: status 4 and exactly the findings checked by hand.
 run check --json "$data/check_mistakes.xlsx" "$project"
@@ -85,8 +65,4 @@ run check "$data/check_clean.xlsx"
 expect_status 2 "one argument"
 [[ $err == "pellago: XML is required; see 'pellago check --help'" ]] || fail "one argument says '$err'"
 
-if [[ $failures -ne 0 ]]; then
-  echo "$failures check check(s) failed"
-  exit 1
-fi
-echo "all check checks passed"
+finish check

@@ -6,25 +6,10 @@
 set -u
 pellago=$1
 source_dir=$2
-failures=0
+source "$(dirname "$0")/common.sh"
 
-fail() {
-  echo "FAIL: $*"
-  failures=$((failures + 1))
-}
-
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
 project="$source_dir/examples/project.xml"
 sheet="$scratch/log_sheet.xlsx"
-
-# run ARGUMENT...: runs pellago with stdin closed to input; sets status, out and err.
-run() {
-  "$pellago" "$@" >"$scratch/stdout" 2>"$scratch/stderr" </dev/null
-  status=$?
-  out=$(cat "$scratch/stdout")
-  err=$(cat "$scratch/stderr")
-}
 
 run export "$project" "$sheet"
 [[ $status -eq 0 ]] || fail "export: status $status ($err)"
@@ -76,8 +61,4 @@ run export "$project"
 [[ $status -eq 2 && $err == *"pellago export --help"* ]] || fail "wrong usage: status $status, '$err'"
 
 [[ $(ls -A "$scratch" | grep -c '^\.') -eq 0 ]] || fail "a temporary file was left behind"
-if [[ $failures -ne 0 ]]; then
-  echo "$failures export check(s) failed"
-  exit 1
-fi
-echo "all export checks passed"
+finish export

@@ -4,12 +4,7 @@
 # Usage: frames_test.sh PATH_OF_PELLAGO
 set -u
 pellago=$1
-failures=0
-
-fail() {
-  echo "FAIL: $*"
-  failures=$((failures + 1))
-}
+source "$(dirname "$0")/common.sh"
 
 # expect_frames EXPECTED TIMECODE RATE FORMAT
 expect_frames() {
@@ -47,13 +42,11 @@ expect_warning() {
   local expected=$1 warning=$2
   shift 2
   local output err
-  output=$("$pellago" frames "$@" 2>"$scratch")
-  err=$(cat "$scratch")
+  output=$("$pellago" frames "$@" 2>"$scratch/stderr")
+  err=$(cat "$scratch/stderr")
   [[ $output == "$expected" ]] || fail "pellago frames $* printed '$output', expected $expected"
   [[ $err == "pellago: warning: "*"$warning"* ]] || fail "pellago frames $* warned '$err'"
 }
-scratch=$(mktemp)
-trap 'rm -f "$scratch"' EXIT
 expect_warning 0 '"TBD" is not a timecode' TBD 25 NDF
 expect_warning 93079 '"1:2:3:4:5" is not a timecode' 1:2:3:4:5 25 NDF
 expect_warning 108000 '"df" is not DF, which is compared exactly' '01:00:00;00' 29.97 df
@@ -65,8 +58,4 @@ expect_usage_error 01:00:00:00 25 NDF extra
 expect_usage_error 01:00:00:00 nan NDF
 expect_usage_error 01:00:00:00 inf NDF
 
-if [[ $failures -ne 0 ]]; then
-  echo "$failures check(s) of pellago frames failed"
-  exit 1
-fi
-echo "pellago frames: all checks passed"
+finish frames

@@ -6,12 +6,7 @@
 set -u
 pellago=$1
 data=$(dirname "$0")/data
-failures=0
-
-fail() {
-  echo "FAIL: $*"
-  failures=$((failures + 1))
-}
+source "$(dirname "$0")/common.sh"
 
 output=$("$pellago" inspect "$data/inspect_markers.xls")
 status=$?
@@ -49,8 +44,4 @@ for sheet in log.XLS log.xls.bak log.csv log; do
   fi
 done
 
-if [[ $failures -ne 0 ]]; then
-  echo "$failures check(s) of pellago inspect failed"
-  exit 1
-fi
-echo "pellago inspect: all checks passed"
+finish inspect

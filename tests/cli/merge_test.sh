@@ -7,15 +7,8 @@
 set -u
 pellago=$1
 source_dir=$2
-failures=0
+source "$(dirname "$0")/common.sh"
 
-fail() {
-  echo "FAIL: $*"
-  failures=$((failures + 1))
-}
-
-scratch=$(mktemp -d)
-trap 'chmod -R u+w "$scratch"; rm -rf "$scratch"' EXIT
 # Readable by an unprivileged user, for the read-only folder check below.
 chmod 755 "$scratch"
 cp "$source_dir/examples/log_sheet.xlsx" "$source_dir/examples/project.xml" "$scratch/"
@@ -25,19 +18,6 @@ project="$scratch/project.xml"
 # A clip without a <duration>: the merge fails at its row.
 sed '/<duration>1500<\/duration>/d' "$project" >"$scratch/broken.xml"
 broken="$scratch/broken.xml"
-
-# run ARGUMENT...: runs pellago with stdin closed to input; sets status, out and err.
-run() {
-  "$pellago" "$@" >"$scratch/stdout" 2>"$scratch/stderr" </dev/null
-  status=$?
-  out=$(cat "$scratch/stdout")
-  err=$(cat "$scratch/stderr")
-}
-
-# expect_status EXPECTED WHAT
-expect_status() {
-  [[ $status -eq $1 ]] || fail "$2: status $status, expected $1 (stderr: $err)"
-}
 
 # expect_same FILE EXPECTED_FILE WHAT
 expect_same() {
@@ -221,8 +201,4 @@ expect_status 1 "file size limit"
 [[ $(cat "$scratch/small/out.xml") == "earlier output" ]] || fail "file size limit: output changed"
 expect_only_files "$scratch/small" out.xml
 
-if [[ $failures -ne 0 ]]; then
-  echo "$failures merge check(s) failed"
-  exit 1
-fi
-echo "all merge checks passed"
+finish merge
