@@ -19,6 +19,18 @@ constexpr int kClipsPerBin = 500;
 constexpr int kSubclipEvery = 50;
 constexpr int kUnmatchedEvery = 100;
 
+// The opening lines of a master clip's clip item: {0} the clip, {1} the item's number.
+constexpr const char* kClipItemHead =
+    R"(								<clipitem id="{0}{1}">
+									<name>{0}</name>
+									<duration>1500</duration>
+									<in>-1</in>
+									<out>-1</out>
+									<start>-1</start>
+									<end>-1</end>
+									<masterclipid>{0}</masterclipid>)";
+
+// A master clip: {0} its name, {1} its number, {2} its audio, {3} the head of its video item.
 constexpr const char* kClip = R"(				<clip id="{0}">
 					<uuid>9C1E{1:08X}-0000-4000-8000-000000000000</uuid>
 					<updatebehavior>add</updatebehavior>
@@ -45,14 +57,7 @@ constexpr const char* kClip = R"(				<clip id="{0}">
 					<media>
 						<video>
 							<track>
-								<clipitem id="{0}1">
-									<name>{0}</name>
-									<duration>1500</duration>
-									<in>-1</in>
-									<out>-1</out>
-									<start>-1</start>
-									<end>-1</end>
-									<masterclipid>{0}</masterclipid>
+{3}
 									<file id="{0}.mov">
 										<name>{0}.mov</name>
 										<pathurl>file://localhost/Volumes/RAID/{0}.mov</pathurl>
@@ -74,17 +79,10 @@ constexpr const char* kClip = R"(				<clip id="{0}">
 				</clip>
 )";
 
-// An audio track of a master clip: {0} the clip, {1} the track's number, {2} its item's number.
+// An audio track of a master clip: {0} the clip, {1} the track's number, {2} the head of its item.
 constexpr const char* kClipAudioTrack = R"(
 							<track>
-								<clipitem id="{0}{2}">
-									<name>{0}</name>
-									<duration>1500</duration>
-									<in>-1</in>
-									<out>-1</out>
-									<start>-1</start>
-									<end>-1</end>
-									<masterclipid>{0}</masterclipid>
+{2}
 									<file id="{0}.mov"/>
 									<sourcetrack>
 										<mediatype>audio</mediatype>
@@ -95,8 +93,8 @@ constexpr const char* kClipAudioTrack = R"(
 
 std::string clip_audio(const std::string& name) {
   return fmt::format("\n\t\t\t\t\t\t<audio>{}{}\n\t\t\t\t\t\t</audio>",
-                     fmt::format(kClipAudioTrack, name, 1, 2),
-                     fmt::format(kClipAudioTrack, name, 2, 3));
+                     fmt::format(kClipAudioTrack, name, 1, fmt::format(kClipItemHead, name, 2)),
+                     fmt::format(kClipAudioTrack, name, 2, fmt::format(kClipItemHead, name, 3)));
 }
 
 // One clip item of a sequence track: {0} the clip, {1} the item's id, {2} its start in the
@@ -172,7 +170,8 @@ void write_project(const std::string& path, int clips, bool tracks) {
                          clip / kClipsPerBin + 1);
     }
     const std::string name = clip_name(clip);
-    out << fmt::format(kClip, name, clip, tracks ? clip_audio(name) : "");
+    out << fmt::format(kClip, name, clip, tracks ? clip_audio(name) : "",
+                       fmt::format(kClipItemHead, name, 1));
     if (clip % kClipsPerBin == kClipsPerBin - 1 || clip == clips - 1) {
       if (tracks) write_sequence(out, bin_start, clip + 1);
       out << "\t\t\t</children>\n\t\t</bin>\n";
