@@ -21,10 +21,12 @@
 #include <QSettings>
 #include <QSplitter>
 #include <QTableView>
+#include <QThreadPool>
 #include <QUrl>
 #include <QVBoxLayout>
 #include <QtConcurrent/QtConcurrentRun>
 #include <exception>
+#include <utility>
 
 #include "merge/check.hpp"
 #include "merge/messages.hpp"
@@ -402,6 +404,10 @@ void MainWindow::start_check() {
 void MainWindow::show_check(const std::shared_ptr<const CheckReport>& report) {
   sheet_model_.show_report(report);
   findings_model_.show_report(report);
+  // The tables hold the new report now; the old one goes to a worker thread to be freed, which
+  // takes a while on a large project.
+  QThreadPool::globalInstance()->start(
+      [previous = std::exchange(shown_report_, report)]() mutable { previous.reset(); });
   sheet_view_->resizeColumnsToContents();
   findings_view_->resizeColumnsToContents();
   findings_view_->horizontalHeader()->setSectionResizeMode(FindingsModel::kMessage,

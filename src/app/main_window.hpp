@@ -99,7 +99,8 @@ class MainWindow : public QMainWindow {
   QFileSystemWatcher watcher_;
   QTimer recheck_timer_;
   QFutureWatcher<std::shared_ptr<const CheckReport>> check_watcher_;
-  bool check_again_ = false;  // an input changed while a check was running
+  std::shared_ptr<const CheckReport> shown_report_;  // what the tables show
+  bool check_again_ = false;                         // an input changed while a check was running
   QFutureWatcher<MergeResult> merge_watcher_;
   std::shared_ptr<std::atomic<bool>> cancel_;
   QString default_output_;    // NAME_logged.xml beside the export, while the user chose no other
