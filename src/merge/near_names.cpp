@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <ranges>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -226,11 +225,15 @@ struct Search {
       : key(code_points(folded(trimmed(text)))),
         allowed(std::min<std::size_t>(2, key.size() / 4)) {}
 
-  // The buckets of names whose lengths are near enough to the key's to be compared with it.
-  auto buckets(const NameIndex& index) const {
+  // Calls visit(names) for each bucket of names whose length is near enough to the key's to be
+  // compared with it.
+  template <typename Visit>
+  void each_bucket(const NameIndex& index, Visit visit) const {
     const std::size_t shortest = key.size() - std::min(key.size(), allowed);
-    return std::ranges::subrange(index.by_length.lower_bound(shortest),
-                                 index.by_length.upper_bound(key.size() + allowed));
+    const auto end = index.by_length.upper_bound(key.size() + allowed);
+    for (auto bucket = index.by_length.lower_bound(shortest); bucket != end; ++bucket) {
+      visit(bucket->second);
+    }
   }
 
   Points key;
@@ -241,7 +244,8 @@ struct Search {
 
 std::size_t comparisons(std::string_view text, const NameIndex& index) {
   std::size_t count = 0;
-  for (const auto& [length, names] : Search(text).buckets(index)) count += names.size();
+  Search(text).each_bucket(index,
+                           [&](const std::vector<std::size_t>& names) { count += names.size(); });
   return count;
 }
 
@@ -250,12 +254,12 @@ std::vector<std::string> closest(std::string_view text, const NameIndex& index, 
   const std::optional<PatternBits> bits =
       search.key.size() <= 64 ? std::optional<PatternBits>(search.key) : std::nullopt;
   std::vector<std::pair<std::size_t, std::size_t>> near;  // distance, name index
-  for (const auto& [length, names] : search.buckets(index)) {
+  search.each_bucket(index, [&](const std::vector<std::size_t>& names) {
     for (std::size_t i : names) {
       const std::size_t d = distance(search.key, bits ? &*bits : nullptr, index.folded[i]);
       if (d <= search.allowed) near.emplace_back(d, i);
     }
-  }
+  });
   std::sort(near.begin(), near.end());
   std::vector<std::string> names;
   for (std::size_t i = 0; i < near.size() && names.size() < limit; ++i) {
