@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +51,11 @@ void build_aux_timecode(Element timecode, std::int64_t frames, const std::string
   timecode.append_text(" ");
 }
 
+bool holds_value(const LogRow& row, const AuxSource& aux) {
+  const std::string* value = row.field(aux.header);
+  return value != nullptr && !value->empty();
+}
+
 }  // namespace
 
 std::vector<std::string_view> aux_timecode_headers() {
@@ -58,13 +65,16 @@ std::vector<std::string_view> aux_timecode_headers() {
 }
 
 void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
-  std::vector<Element> found = clip.first_of(kAuxElements);
+  // A row without values only reads the display format, so the walk can stop there.
+  const bool any_value = std::ranges::any_of(
+      kAuxSources, [&row](const AuxSource& aux) { return holds_value(row, aux); });
+  std::vector<Element> found =
+      clip.first_of(std::span(kAuxElements).first(any_value ? kAuxElements.size() : 1));
   if (!found[kDisplayFormat]) return;
   const std::string display_format = found[kDisplayFormat].text();
   for (std::size_t i = 0; i < kAuxSources.size(); ++i) {
     const AuxSource& aux = kAuxSources[i];
-    const std::string* value = row.field(aux.header);
-    if (value == nullptr || value->empty()) continue;
+    if (!holds_value(row, aux)) continue;
     if (Element replaced = found[kFirstAux + i]) {
       replaced.remove();
       // What the removed timecode held is gone: look again. The timecode added below matches
@@ -72,7 +82,7 @@ void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timi
       found = clip.first_of(kAuxElements);
     }
     const std::int64_t frames =
-        to_frames(*value, static_cast<double>(timing.timebase), display_format);
+        to_frames(*row.field(aux.header), static_cast<double>(timing.timebase), display_format);
     const Element file = require_found(found[kFile], kAuxElements[kFile].text,
                                        fmt::format(" to hold \"{}\"", aux.header));
     const Element timecode = file.create_element("timecode");
