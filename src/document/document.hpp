@@ -5,11 +5,13 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "document/libxml_errors.hpp"
+#include "document/selector.hpp"
 
 namespace pellago {
 
@@ -55,6 +57,14 @@ class Element {
   Element first(std::string_view selector) const;
   // Every match, in document order.
   std::vector<Element> all(std::string_view selector) const;
+  // The same for a name chain split beforehand (name_chain("rate/timebase")).
+  Element first(const Selector& selector) const;
+  // Several name chains in one walk of the subtree: element i is what first (all) gives for
+  // selectors[i].
+  std::vector<Element> first_of(std::span<const Selector> selectors) const;
+  std::vector<std::vector<Element>> all_of(std::span<const Selector> selectors) const;
+  // Whether this element is `ancestor` or stands in its subtree.
+  bool is_within(Element ancestor) const;
   // First node of an XPath expression evaluated with this element as context node.
   Element first_xpath(const std::string& expression) const;
 

@@ -121,6 +121,29 @@ std::vector<Element> Element::all(std::string_view selector) const {
   return to_elements(select(require(node_, "search an element"), selector, Matches::all));
 }
 
+Element Element::first(const Selector& selector) const {
+  auto found = select(require(node_, "search an element"), selector, Matches::first);
+  return found.empty() ? Element() : Element(found.front());
+}
+
+std::vector<Element> Element::first_of(std::span<const Selector> selectors) const {
+  std::vector<Element> first(selectors.size());
+  select_each(require(node_, "search an element"), selectors, Matches::first,
+              [&first](std::size_t i, xmlNodePtr node) { first[i] = Element(node); });
+  return first;
+}
+
+std::vector<std::vector<Element>> Element::all_of(std::span<const Selector> selectors) const {
+  std::vector<std::vector<Element>> all(selectors.size());
+  select_each(require(node_, "search an element"), selectors, Matches::all,
+              [&all](std::size_t i, xmlNodePtr node) { all[i].emplace_back(node); });
+  return all;
+}
+
+bool Element::is_within(Element ancestor) const {
+  return is_ancestor_or_self(ancestor.node_, require(node_, "find where an element stands"));
+}
+
 Element Element::first_xpath(const std::string& expression) const {
   auto found = select_xpath(require(node_, "search an element"), expression, Matches::first);
   return found.empty() ? Element() : Element(found.front());

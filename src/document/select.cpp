@@ -4,9 +4,12 @@
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
-#include <cstring>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "error.hpp"
 
@@ -19,91 +22,53 @@ bool is_xpath(std::string_view selector) {
          selector == ".";
 }
 
-bool is_name_character(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         c == '-' || c == '.' || static_cast<unsigned char>(c) >= 0x80;
-}
-
-// A name chain whose last element must have a child element of a given name whose text equals a
-// given value: "timecode[source=\"aux1\"]" is the chain {"timecode"} and the condition source =
-// aux1. Without a condition, `child` is empty.
-struct ChainSelector {
-  std::vector<std::string_view> names;
-  std::string_view child;
-  std::string_view value;
-};
-
-// "a/b/c" as {"a", "b", "c"}; empty when the selector is anything but names joined by "/".
-std::vector<std::string_view> name_chain(std::string_view selector) {
-  std::vector<std::string_view> names;
-  std::size_t start = 0;
-  for (std::size_t i = 0; i <= selector.size(); ++i) {
-    if (i < selector.size() && selector[i] != '/') {
-      if (!is_name_character(selector[i])) return {};
-      continue;
-    }
-    if (i == start) return {};
-    names.push_back(selector.substr(start, i - start));
-    start = i + 1;
-  }
-  return names;
-}
-
-// `[name="value"]` or `[name='value']` at the end of a selector, split off; nullopt when the
-// selector does not end in such a condition.
-std::optional<ChainSelector> chain_selector(std::string_view selector) {
-  ChainSelector chain;
-  if (selector.ends_with(']')) {
-    const std::size_t open = selector.find('[');
-    const std::size_t equals = selector.find('=', open);
-    if (open == std::string_view::npos || equals == std::string_view::npos) return std::nullopt;
-    const std::string_view child = selector.substr(open + 1, equals - open - 1);
-    const std::string_view quoted = selector.substr(equals + 1, selector.size() - equals - 2);
-    if (quoted.size() < 2 || (quoted.front() != '"' && quoted.front() != '\'') ||
-        quoted.back() != quoted.front() ||
-        quoted.substr(1, quoted.size() - 2).find(quoted.front()) != std::string_view::npos ||
-        name_chain(child).size() != 1) {
-      return std::nullopt;
-    }
-    chain.child = child;
-    chain.value = quoted.substr(1, quoted.size() - 2);
-    selector = selector.substr(0, open);
-  }
-  chain.names = name_chain(selector);
-  if (chain.names.empty()) return std::nullopt;
-  return chain;
-}
-
-// Compares without measuring the node's name first: most names differ in their first letter, which
-// is compared before anything is called. `name` is never empty.
+// Compares a byte at a time without measuring the node's name first: names are short and most
+// differ early. `name` holds no NUL byte, so a shorter own name stops the loop at its end.
 bool is_element_named(xmlNodePtr node, std::string_view name) {
   if (node->type != XML_ELEMENT_NODE || node->ns != nullptr) return false;
   const char* own = reinterpret_cast<const char*>(node->name);
-  return own[0] == name[0] && std::strncmp(own, name.data(), name.size()) == 0 &&
-         own[name.size()] == '\0';
+  for (const char c : name) {
+    if (*own++ != c) return false;
+  }
+  return *own == '\0';
 }
 
 // Whether `node` (strictly below `context`) ends the chain: its name is the last one, its parent's
 // the one before, and so on, with the chain's first element still strictly below `context`.
-bool ends_chain(xmlNodePtr node, xmlNodePtr context, const std::vector<std::string_view>& names) {
-  for (auto name = names.rbegin(); name != names.rend(); ++name) {
-    if (node == context || !is_element_named(node, *name)) return false;
+bool ends_chain(xmlNodePtr node, xmlNodePtr context, const Selector& selector) {
+  for (std::size_t i = selector.name_count; i-- > 0;) {
+    if (node == context || !is_element_named(node, selector.names[i])) return false;
     node = node->parent;
   }
   return true;
 }
 
-// Whether `node` has a child element named `child` whose text (as XPath compares it: all the text
-// below it) is `value`.
+// Whether the text of `element` (as XPath compares it: all the text below it) is `value`. An
+// element holding nothing or one plain text node, as most do, is compared in place.
+bool has_text(xmlNodePtr element, std::string_view value) {
+  const xmlNodePtr only = element->children;
+  if (!only) return value.empty();
+  if (!only->next && only->type == XML_TEXT_NODE) {
+    return value == (only->content ? reinterpret_cast<const char*>(only->content) : "");
+  }
+  xmlChar* content = xmlNodeGetContent(element);
+  const bool equal = value == (content ? reinterpret_cast<const char*>(content) : "");
+  xmlFree(content);
+  return equal;
+}
+
+// Whether `node` has a child element named `child` whose text is `value`.
 bool has_child_with_text(xmlNodePtr node, std::string_view child, std::string_view value) {
   for (xmlNodePtr candidate = node->children; candidate; candidate = candidate->next) {
-    if (!is_element_named(candidate, child)) continue;
-    xmlChar* content = xmlNodeGetContent(candidate);
-    const bool equal = value == (content ? reinterpret_cast<const char*>(content) : "");
-    xmlFree(content);
-    if (equal) return true;
+    if (is_element_named(candidate, child) && has_text(candidate, value)) return true;
   }
   return false;
+}
+
+// The first byte of the name that ends the chain: most element names differ from it there, so a
+// walk compares it before anything else.
+unsigned char last_initial(const Selector& selector) {
+  return static_cast<unsigned char>(selector.names[selector.name_count - 1][0]);
 }
 
 // The next node after `node` in document order within the subtree of `context`, descending only
@@ -114,16 +79,13 @@ xmlNodePtr next_in_subtree(xmlNodePtr node, xmlNodePtr context) {
   return node == context ? nullptr : node->next;
 }
 
-std::vector<xmlNodePtr> select_chain(xmlNodePtr context, const ChainSelector& chain,
-                                     Matches matches) {
-  std::vector<xmlNodePtr> found;
-  for (xmlNodePtr node = context->children; node; node = next_in_subtree(node, context)) {
-    if (!ends_chain(node, context, chain.names)) continue;
-    if (!chain.child.empty() && !has_child_with_text(node, chain.child, chain.value)) continue;
-    found.push_back(node);
-    if (matches == Matches::first) break;
-  }
-  return found;
+bool is_match(xmlNodePtr node, xmlNodePtr context, const Selector& selector) {
+  return ends_chain(node, context, selector) &&
+         (selector.child.empty() || has_child_with_text(node, selector.child, selector.value));
+}
+
+bool can_hold_elements(xmlNodePtr context) {
+  return context->type == XML_ELEMENT_NODE || context->type == XML_DOCUMENT_NODE;
 }
 
 void ignore_xpath_error(void*, xmlErrorPtr) {}
@@ -145,10 +107,52 @@ struct XPathObjectDeleter {
 
 std::vector<xmlNodePtr> select(xmlNodePtr context, std::string_view selector, Matches matches) {
   if (is_xpath(selector)) return select_xpath(context, std::string(selector), matches);
-  const std::optional<ChainSelector> chain = chain_selector(selector);
+  const std::optional<Selector> chain = parse_selector(selector);
   if (!chain) return select_xpath(context, fmt::format(".//{}", selector), matches);
-  if (context->type != XML_ELEMENT_NODE && context->type != XML_DOCUMENT_NODE) return {};
-  return select_chain(context, *chain, matches);
+  return select(context, *chain, matches);
+}
+
+std::vector<xmlNodePtr> select(xmlNodePtr context, const Selector& selector, Matches matches) {
+  std::vector<xmlNodePtr> found;
+  if (!can_hold_elements(context)) return found;
+  const unsigned char initial = last_initial(selector);
+  for (xmlNodePtr node = context->children; node; node = next_in_subtree(node, context)) {
+    if (node->type != XML_ELEMENT_NODE || node->name[0] != initial) continue;
+    if (!is_match(node, context, selector)) continue;
+    found.push_back(node);
+    if (matches == Matches::first) break;
+  }
+  return found;
+}
+
+void select_each(xmlNodePtr context, std::span<const Selector> selectors, Matches matches,
+                 const std::function<void(std::size_t, xmlNodePtr)>& found) {
+  if (!can_hold_elements(context)) return;
+  if (selectors.size() > kMaxSelectorsAtOnce) {
+    throw Error(fmt::format("cannot look for {} selectors in one walk (at most {})",
+                            selectors.size(), kMaxSelectorsAtOnce));
+  }
+  // By the first byte of a name, the selectors whose chain ends in a name starting with it that
+  // still look for matches, one bit each.
+  std::array<std::uint64_t, 256> waiting{};
+  for (std::size_t i = 0; i < selectors.size(); ++i) {
+    waiting[last_initial(selectors[i])] |= std::uint64_t{1} << i;
+  }
+  std::size_t unmatched = selectors.size();
+  for (xmlNodePtr node = context->children; node && unmatched > 0;
+       node = next_in_subtree(node, context)) {
+    if (node->type != XML_ELEMENT_NODE) continue;
+    std::uint64_t& candidates = waiting[node->name[0]];
+    for (std::uint64_t left = candidates; left != 0; left &= left - 1) {
+      const auto i = static_cast<std::size_t>(std::countr_zero(left));
+      if (!is_match(node, context, selectors[i])) continue;
+      found(i, node);
+      if (matches == Matches::first) {
+        candidates &= ~(std::uint64_t{1} << i);
+        --unmatched;
+      }
+    }
+  }
 }
 
 std::vector<xmlNodePtr> select_xpath(xmlNodePtr context, const std::string& expression,

@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,13 +19,24 @@ namespace {
 struct AuxSource {
   std::string_view header;
   std::string_view source;
-  std::string_view selector;
 };
 
 constexpr std::array<AuxSource, 2> kAuxSources{{
-    {"Aux TC 1", "aux1", R"(timecode[source="aux1"])"},
-    {"Aux TC 2", "aux2", R"(timecode[source="aux2"])"},
+    {"Aux TC 1", "aux1"},
+    {"Aux TC 2", "aux2"},
 }};
+
+// Looked up in one walk of the clip: the file's display format, each source's timecode (in the
+// order of kAuxSources) and the file that takes the new ones.
+constexpr std::size_t kDisplayFormat = 0;
+constexpr std::size_t kFirstAux = 1;
+constexpr std::size_t kFile = 3;
+constexpr std::array<Selector, 4> kAuxElements{
+    name_chain("file/timecode/displayformat"),
+    name_chain(R"(timecode[source="aux1"])"),
+    name_chain(R"(timecode[source="aux2"])"),
+    name_chain("file"),
+};
 
 // <timecode> <frame>F</frame> <displayformat>D</displayformat> <source>S</source> </timecode>,
 // the display format as it stands in the file's own timecode.
@@ -38,6 +51,11 @@ void build_aux_timecode(Element timecode, std::int64_t frames, const std::string
   timecode.append_text(" ");
 }
 
+bool holds_value(const LogRow& row, const AuxSource& aux) {
+  const std::string* value = row.field(aux.header);
+  return value != nullptr && !value->empty();
+}
+
 }  // namespace
 
 std::vector<std::string_view> aux_timecode_headers() {
@@ -47,16 +65,26 @@ std::vector<std::string_view> aux_timecode_headers() {
 }
 
 void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
-  const Element file_format = clip.first("file/timecode/displayformat");
-  if (!file_format) return;
-  const std::string display_format = file_format.text();
-  for (const AuxSource& aux : kAuxSources) {
-    const std::string* value = row.field(aux.header);
-    if (value == nullptr || value->empty()) continue;
-    if (Element replaced = clip.first(aux.selector)) replaced.remove();
+  // A row without values only reads the display format, so the walk can stop there.
+  const bool any_value = std::ranges::any_of(
+      kAuxSources, [&row](const AuxSource& aux) { return holds_value(row, aux); });
+  std::vector<Element> found =
+      clip.first_of(std::span(kAuxElements).first(any_value ? kAuxElements.size() : 1));
+  if (!found[kDisplayFormat]) return;
+  const std::string display_format = found[kDisplayFormat].text();
+  for (std::size_t i = 0; i < kAuxSources.size(); ++i) {
+    const AuxSource& aux = kAuxSources[i];
+    if (!holds_value(row, aux)) continue;
+    if (Element replaced = found[kFirstAux + i]) {
+      replaced.remove();
+      // What the removed timecode held is gone: look again. The timecode added below matches
+      // neither the other source nor "file", so it needs no new look.
+      found = clip.first_of(kAuxElements);
+    }
     const std::int64_t frames =
-        to_frames(*value, static_cast<double>(timing.timebase), display_format);
-    const Element file = required(clip, "file", fmt::format(" to hold \"{}\"", aux.header));
+        to_frames(*row.field(aux.header), static_cast<double>(timing.timebase), display_format);
+    const Element file = require_found(found[kFile], kAuxElements[kFile].text,
+                                       fmt::format(" to hold \"{}\"", aux.header));
     const Element timecode = file.create_element("timecode");
     build_aux_timecode(timecode, frames, display_format, aux.source);
     file.append_child(timecode);

@@ -15,6 +15,8 @@
 namespace pellago {
 namespace {
 
+constexpr Selector kMedia = name_chain("media");
+
 struct MarkerColor {
   std::string_view name;
   int red;
@@ -74,12 +76,14 @@ std::vector<std::string_view> marker_color_names() {
 }
 
 void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
+  // A marker holds no media element, so the clip's first stays the same while they are added.
+  Element media;
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
     const MarkerEntry& entry = row.markers[i];
     const std::int64_t frame =
         to_frames(entry.timecode, rate_entry(timing).fcp_rate, timing.display_format) -
         timing.start_frame;
-    Element media = required(clip, "media", " to place its markers after");
+    if (!media) media = required(clip, kMedia, " to place its markers after");
     const Element marker = media.create_element("marker");
     build_marker(marker, frame, i + 1, entry);
     media.insert_after(marker);

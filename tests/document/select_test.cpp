@@ -71,8 +71,8 @@ TEST(Selectors, EntityReferencesAreNotSearchedAndTextReadsThem) {
   EXPECT_EQ(clip.text(), "CrewOwn");
 }
 
-// The name-chain walk (with or without a condition on a child's text) must pick exactly what the
-// XPath ".//" + selector picks.
+// The name-chain walk (with or without a condition on a child's text), alone or with the other
+// selectors in one walk, must pick exactly what the XPath ".//" + selector picks.
 TEST(Selectors, NameChainsAgreeWithXPathOnRealExports) {
   const char* selectors[] = {"in",
                              "rate/timebase",
@@ -83,17 +83,30 @@ TEST(Selectors, NameChainsAgreeWithXPathOnRealExports) {
                              "labels/label2",
                              "timecode[source=\"source\"]",
                              "file/timecode[displayformat='NDF']"};
+  std::vector<Selector> chains;
+  for (const char* selector : selectors) chains.push_back(*parse_selector(selector));
   for (const char* file : {"exports/master_clips.xml", "realworld/premiere_example.xml",
                            "realworld/hiero_xml_export.xml"}) {
     Document document = Document::parse_file(std::string(PELLAGO_TEST_DATA) + "/" + file);
     std::vector<Element> receivers = document.all(".//*");
-    for (const char* selector : selectors) {
+    // One walk per receiver for all selectors: [receiver][selector].
+    std::vector<std::vector<std::vector<Element>>> all_of;
+    std::vector<std::vector<Element>> first_of;
+    for (Element receiver : receivers) {
+      all_of.push_back(receiver.all_of(chains));
+      first_of.push_back(receiver.first_of(chains));
+    }
+    for (std::size_t i = 0; i < chains.size(); ++i) {
+      const char* selector = selectors[i];
       SCOPED_TRACE(std::string(file) + " " + selector);
       const std::string xpath = std::string(".//") + selector;
       EXPECT_EQ(document.all(selector), document.all(xpath));
-      for (Element receiver : receivers) {
-        ASSERT_EQ(receiver.all(selector), receiver.all(xpath));
-        ASSERT_EQ(receiver.first(selector), receiver.first(xpath));
+      for (std::size_t r = 0; r < receivers.size(); ++r) {
+        const std::vector<Element> expected = receivers[r].all(xpath);
+        ASSERT_EQ(receivers[r].all(selector), expected);
+        ASSERT_EQ(all_of[r][i], expected);
+        ASSERT_EQ(receivers[r].first(selector), receivers[r].first(xpath));
+        ASSERT_EQ(first_of[r][i], receivers[r].first(xpath));
       }
     }
   }

@@ -45,6 +45,24 @@ TEST(LoggingFields, CreatedLabelPrecedesLabel2AndCreatedClipCommentsFollowMaster
             read_data("steps_labels_clip_logged.xml"));
 }
 
+// A field that replaces an element's text takes the elements inside it out of the clip: later
+// fields set, or insert next to, what the clip still holds.
+TEST(LoggingFields, LaterFieldsSeeWhatEarlierFieldsLeft) {
+  const std::string clip =
+      "<xmeml><clip id=\"c\"><name>c</name>"
+      "<logginginfo><good><labels><label2>inner</label2></labels></good></logginginfo>"
+      "<labels><label2>outer</label2></labels>"
+      "<comments><mastercomment1><comments><clipcommenta>inner</clipcommenta></comments>"
+      "</mastercomment1><mastercomment4/></comments></clip></xmeml>";
+  const LogRow row = make_row(
+      {{"Good", "yes"}, {"Label 2", "VFX"}, {"Master Comment 1", "m"}, {"Comment 1", "a"}});
+  const std::string expected =
+      "<xmeml><clip id=\"c\"><name>c</name><logginginfo><good>TRUE</good></logginginfo>"
+      "<labels><label2>VFX</label2></labels><comments><mastercomment1>m</mastercomment1>"
+      "<mastercomment4/><clipcommenta>a</clipcommenta></comments></clip></xmeml>";
+  EXPECT_EQ(logged(clip, row), Document::parse_string(expected).write());
+}
+
 TEST(LoggingFields, GoodIsTrueOnlyForYesOrYInAnyLetterCase) {
   const std::pair<std::string, std::string> cases[] = {
       {"yEs", "TRUE"},   {"Y", "TRUE"},     {"y", "TRUE"}, {" yes", "FALSE"},
