@@ -1,10 +1,17 @@
 #include "merge/add_log_notes.hpp"
 
 #include <fmt/format.h>
+#include <libxml/parser.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include <algorithm>
+#include <exception>
+#include <future>
 #include <memory>
 #include <mutex>
+#include <system_error>
 
 #include "document/document.hpp"
 #include "error.hpp"
@@ -24,6 +31,46 @@ std::vector<LogRow> read_rows(const Workbook& workbook, const std::vector<Cell>&
     return read_log_rows(workbook, headers);
   } catch (const Error& error) {
     throw Error(fmt::format("{}: {}", sheet_path, error.what()), error.system_error);
+  }
+}
+
+// Memory a thread frees stays in its own malloc arena, where the calling thread's allocations do
+// not find it: glibc is told to return the freed pages to the system.
+void give_back_freed_memory() {
+#ifdef __GLIBC__
+  malloc_trim(0);
+#endif
+}
+
+// The sheet past its header row.
+struct SheetRows {
+  std::optional<Workbook> workbook;  // kept only for a collector
+  std::vector<LogRow> rows;
+};
+
+// Reads the rest of the worksheet and its log rows on a second thread, so that the sheet is read
+// while the XML document is parsed; on the calling thread when no thread can be started. get()
+// gives the rows or rethrows the failure. `reading`, `headers` and `sheet_path` must outlive the
+// future. libxml2 keeps its error handlers per thread: the worksheet's parser routes its own on
+// whichever thread it runs, and the calling thread's stay as they are.
+std::future<SheetRows> read_rest_in_background(WorkbookReading& reading,
+                                               const std::vector<Cell>& headers,
+                                               const std::string& sheet_path, bool keep_workbook) {
+  auto read_rest = [&reading, &headers, &sheet_path, keep_workbook] {
+    SheetRows sheet{.workbook = reading.finish(), .rows = {}};
+    sheet.rows = read_rows(*sheet.workbook, headers, sheet_path);
+    // A plain merge frees the cells now, before the document has grown.
+    if (!keep_workbook) {
+      sheet.workbook.reset();
+      give_back_freed_memory();
+    }
+    return sheet;
+  };
+  xmlInitParser();  // libxml2 sets up its global state once, before a second thread uses it
+  try {
+    return std::async(std::launch::async, read_rest);
+  } catch (const std::system_error&) {
+    return std::async(std::launch::deferred, read_rest);
   }
 }
 
@@ -97,19 +144,26 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const LibxmlErrors quiet;
 
   enter_phase(host, MergePhase::reading_sheet);
-  std::optional<Workbook> workbook = open_workbook(sheet_path, kind);
-  const std::vector<Cell> headers = read_header_row(*workbook);
+  WorkbookReading reading = start_reading_workbook(sheet_path, kind);
+  const std::vector<Cell> headers = read_header_row(reading.sheet());
   if (host.set_column_headers) host.set_column_headers(headers);
-  const std::vector<LogRow> rows = read_rows(*workbook, headers, sheet_path);
-  // A collector reads the workbook until the merge ends; a plain merge frees its cells now.
-  if (collector) {
-    collector->sheet_read(*workbook, headers, rows);
-  } else {
-    workbook.reset();
-  }
+  std::future<SheetRows> sheet =
+      read_rest_in_background(reading, headers, sheet_path, collector != nullptr);
 
   enter_phase(host, MergePhase::reading_xml);
-  Document document = Document::parse_file(xml_path);
+  std::optional<Document> parsed;
+  std::exception_ptr xml_failure;
+  try {
+    parsed = Document::parse_file(xml_path);
+  } catch (...) {
+    xml_failure = std::current_exception();
+  }
+  // The sheet's failure comes first, as it would have had the sheet been read before the XML.
+  const SheetRows sheet_rows = sheet.get();
+  const std::vector<LogRow>& rows = sheet_rows.rows;
+  if (collector) collector->sheet_read(*sheet_rows.workbook, headers, rows);
+  if (xml_failure) std::rethrow_exception(xml_failure);
+  Document document = std::move(*parsed);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
   if (collector) collector->document_read(document, xml_path);
   set_update_behaviors(document);

@@ -23,13 +23,15 @@ std::string_view as_view(const xmlChar* text) {
 constexpr int kParseOptions = XML_PARSE_NONET;
 constexpr std::size_t kChunkBytes = 64 * 1024;
 
-// One parse: the handler, the first failure, and the libxml2 callbacks that feed them. A
-// callback never lets an exception pass into libxml2: it keeps it and stops the parser.
+}  // namespace
+
+// One parse: the member it reads, the handler, the first failure, and the libxml2 callbacks that
+// feed them. A callback never lets an exception pass into libxml2: it keeps it and stops the
+// parser. The parse may stop at a chunk's end once the handler has passed its checkpoint and go on
+// later, on another thread.
 class SaxParse {
  public:
-  explicit SaxParse(PartHandler& handler) : handler_(handler) {}
-
-  void run(ZipMemberStream& member) {
+  SaxParse(ZipMemberStream& member, PartHandler& handler) : member_(member), handler_(handler) {
     xmlSAXHandler sax{};
     sax.initialized = XML_SAX2_MAGIC;
     sax.startElementNs = &SaxParse::on_start;
@@ -42,21 +44,28 @@ class SaxParse {
     context_ = xmlCreatePushParserCtxt(&sax, this, nullptr, 0, nullptr);
     if (context_ == nullptr) throw Error("cannot start the XML parser (out of memory?)");
     xmlCtxtUseOptions(context_, kParseOptions);
+  }
+
+  // Feeds chunks until the part ends, the parse stops, or (with to_checkpoint) the handler has
+  // passed its checkpoint. A failure before the checkpoint is thrown at once; one after it is
+  // kept for the call that reads the rest.
+  void run(bool to_checkpoint) {
     std::array<char, kChunkBytes> chunk;
-    bool last = false;
-    while (!last && !stopped()) {
-      const std::int64_t count = member.read(chunk.data(), chunk.size());
-      if (count < 0) throw Error(member.failure());
-      last = count == 0;
-      xmlParseChunk(context_, chunk.data(), static_cast<int>(count), last ? 1 : 0);
+    while (!last_ && !stopped() && !(to_checkpoint && handler_.passed_checkpoint())) {
+      const std::int64_t count = member_.read(chunk.data(), chunk.size());
+      if (count < 0) throw Error(member_.failure());
+      last_ = count == 0;
+      xmlParseChunk(context_, chunk.data(), static_cast<int>(count), last_ ? 1 : 0);
     }
+    if (to_checkpoint && failed_past_checkpoint_) return;
     if (failure_) std::rethrow_exception(failure_);
     if (!error_.empty()) throw_malformed();
+    if (to_checkpoint) return;
     // A handler that stopped early still has the rest unpacked, so the checksum is checked.
-    while (!last) {
-      const std::int64_t count = member.read(chunk.data(), chunk.size());
-      if (count < 0) throw Error(member.failure());
-      last = count == 0;
+    while (!last_) {
+      const std::int64_t count = member_.read(chunk.data(), chunk.size());
+      if (count < 0) throw Error(member_.failure());
+      last_ = count == 0;
     }
   }
 
@@ -75,6 +84,8 @@ class SaxParse {
                             error_));
   }
 
+  void note_failure_place() { failed_past_checkpoint_ = handler_.passed_checkpoint(); }
+
   template <typename Event>
   static void deliver(void* context, Event event) {
     auto* self = static_cast<SaxParse*>(context);
@@ -83,6 +94,7 @@ class SaxParse {
       event(self->handler_);
     } catch (...) {
       self->failure_ = std::current_exception();
+      self->note_failure_place();
     }
     if (self->stopped()) xmlStopParser(self->context_);
   }
@@ -121,14 +133,20 @@ class SaxParse {
     while (!message.empty() && message.back() == ' ') message.pop_back();
     self->error_ = message.empty() ? "the parser stopped" : message;
     self->error_line_ = error->line;
+    self->note_failure_place();
   }
 
+  ZipMemberStream& member_;
   PartHandler& handler_;
   xmlParserCtxtPtr context_ = nullptr;
+  bool last_ = false;
   std::exception_ptr failure_;
   std::string error_;
   int error_line_ = 0;
+  bool failed_past_checkpoint_ = false;
 };
+
+namespace {
 
 // Routes libxml2's errors raised outside a parser context away from stderr while a part parses.
 class QuietLibxml {
@@ -159,16 +177,38 @@ std::optional<std::string_view> Attributes::get(std::string_view local_name, con
   return std::nullopt;
 }
 
-void parse_part(const ZipPackage& package, const std::string& part_name, std::uint64_t cap,
-                PartHandler& handler) {
-  ZipMemberStream member(package, part_name, cap);
+PartParse::PartParse(const ZipPackage& package, const std::string& part_name, std::uint64_t cap,
+                     PartHandler& handler)
+    : package_path_(package.path()),
+      part_name_(part_name),
+      member_(std::make_unique<ZipMemberStream>(package, part_name, cap)) {
+  with_part_named([&] { parse_ = std::make_unique<SaxParse>(*member_, handler); });
+}
+
+PartParse::~PartParse() = default;
+
+void PartParse::parse_to_checkpoint() {
+  with_part_named([this] { parse_->run(true); });
+}
+
+void PartParse::parse_rest() {
+  with_part_named([this] { parse_->run(false); });
+}
+
+template <typename Step>
+void PartParse::with_part_named(Step step) {
   const QuietLibxml quiet;
   try {
-    SaxParse(handler).run(member);
+    step();
   } catch (const Error& error) {
-    if (!member.failure().empty()) throw;  // already names the file and the part
-    throw Error(fmt::format("{}, part \"{}\": {}", package.path(), part_name, error.what()));
+    if (!member_->failure().empty()) throw;  // already names the file and the part
+    throw Error(fmt::format("{}, part \"{}\": {}", package_path_, part_name_, error.what()));
   }
+}
+
+void parse_part(const ZipPackage& package, const std::string& part_name, std::uint64_t cap,
+                PartHandler& handler) {
+  PartParse(package, part_name, cap, handler).parse_rest();
 }
 
 }  // namespace pellago

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,9 +35,42 @@ class PartHandler {
   virtual void text(std::string_view text) = 0;
   // True once the handler has all it wants from the part: the rest is not parsed.
   virtual bool finished() const { return false; }
+  // True once the handler has what its reader wants before the rest (see PartParse).
+  virtual bool passed_checkpoint() const { return false; }
 
  protected:
   ~PartHandler() = default;
+};
+
+class SaxParse;
+
+// One XML part streamed through libxml2's SAX2 push parser, fed chunk by chunk from the zip
+// member: no tree is built and the part is never held whole. It may be parsed in two steps, the
+// second on another thread than the first (never both at once): parse_to_checkpoint stops at the
+// end of a chunk once the handler has passed its checkpoint, so the handler may have seen events
+// past it; parse_rest parses what is left. The steps throw Error naming the file and the part when
+// the XML is malformed or carries a document type declaration, the member is damaged or unpacks
+// past the cap, or the handler finds something wrong; a failure met after the checkpoint is thrown
+// by parse_rest. libxml2 prints nothing.
+class PartParse {
+ public:
+  PartParse(const ZipPackage& package, const std::string& part_name, std::uint64_t cap,
+            PartHandler& handler);
+  ~PartParse();
+  PartParse(const PartParse&) = delete;
+  PartParse& operator=(const PartParse&) = delete;
+
+  void parse_to_checkpoint();
+  void parse_rest();
+
+ private:
+  template <typename Step>
+  void with_part_named(Step step);
+
+  std::string package_path_;
+  std::string part_name_;
+  std::unique_ptr<ZipMemberStream> member_;
+  std::unique_ptr<SaxParse> parse_;
 };
 
 // Streams one XML part of a package through libxml2's SAX2 push parser, fed chunk by chunk from

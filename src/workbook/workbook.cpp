@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <variant>
 
 #include "error.hpp"
 #include "workbook/xls_reader.hpp"
@@ -86,10 +87,39 @@ SheetKind sheet_kind_ignoring_case(const std::string& path) {
 }
 
 Workbook open_workbook(const std::string& path, SheetKind kind) {
+  return start_reading_workbook(path, kind).finish();
+}
+
+// An .xls read whole, or an .xlsx read up to the end of row 1.
+struct WorkbookReading::Source {
+  std::variant<Workbook, XlsxReading> reading;
+};
+
+WorkbookReading::WorkbookReading(std::unique_ptr<Source> source) : source_(std::move(source)) {}
+WorkbookReading::~WorkbookReading() = default;
+WorkbookReading::WorkbookReading(WorkbookReading&&) noexcept = default;
+WorkbookReading& WorkbookReading::operator=(WorkbookReading&&) noexcept = default;
+
+const Workbook& WorkbookReading::sheet() const {
+  if (const auto* whole = std::get_if<Workbook>(&source_->reading)) return *whole;
+  return std::get<XlsxReading>(source_->reading).sheet();
+}
+
+Workbook WorkbookReading::finish() {
+  if (auto* whole = std::get_if<Workbook>(&source_->reading)) return std::move(*whole);
+  return std::get<XlsxReading>(source_->reading).finish();
+}
+
+WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind) {
   if (kind == SheetKind::not_a_log_sheet) {
     throw Error(fmt::format("{}: not a log sheet: its extension is neither .xls nor .xlsx", path));
   }
-  return kind == SheetKind::xls ? read_xls(path) : read_xlsx(path);
+  if (kind == SheetKind::xls) {
+    return WorkbookReading(
+        std::make_unique<WorkbookReading::Source>(WorkbookReading::Source{read_xls(path)}));
+  }
+  return WorkbookReading(
+      std::make_unique<WorkbookReading::Source>(WorkbookReading::Source{XlsxReading(path)}));
 }
 
 }  // namespace pellago

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -78,5 +79,31 @@ SheetKind sheet_kind_ignoring_case(const std::string& path);
 // it cannot be read, is not of the kind its extension says, or is damaged. A first worksheet with
 // no cell in use opens, with last_row and last_column 0.
 Workbook open_workbook(const std::string& path, SheetKind kind);
+
+// The first worksheet read in two steps, so that row 1 can be used while the rest is read:
+// start_reading_workbook reads up to the end of row 1 (an .xls whole), finish reads the rest.
+// finish may run on another thread than the first step, but never at the same time as another
+// use of the object. Between them, they throw what open_workbook throws; a sheet damaged past
+// row 1 may fail in finish.
+class WorkbookReading {
+ public:
+  ~WorkbookReading();
+  WorkbookReading(WorkbookReading&&) noexcept;
+  WorkbookReading& operator=(WorkbookReading&&) noexcept;
+
+  // The cells read so far: row 1 whole, perhaps some rows after it.
+  const Workbook& sheet() const;
+  // Reads the rest of the worksheet and hands over the whole sheet; call it once.
+  Workbook finish();
+
+ private:
+  struct Source;
+  explicit WorkbookReading(std::unique_ptr<Source> source);
+  friend WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind);
+
+  std::unique_ptr<Source> source_;
+};
+
+WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind);
 
 }  // namespace pellago

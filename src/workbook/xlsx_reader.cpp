@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -118,6 +119,8 @@ class WorksheetHandler final : public PartHandler {
   }
 
   bool finished() const override { return finished_; }
+  // Row 1 is whole once a later row or the end of the sheet's data comes.
+  bool passed_checkpoint() const override { return finished_ || row_ > 1; }
 
   Workbook sheet;
 
@@ -239,10 +242,11 @@ class WorksheetHandler final : public PartHandler {
   bool finished_ = false;
 };
 
-void require_zip(const std::string& path) {
+// The path, once its file starts as a zip package does.
+const std::string& zip_path(const std::string& path) {
   switch (read_file_signature(path)) {
     case FileSignature::zip:
-      return;
+      break;
     case FileSignature::compound_document:
       throw Error(
           fmt::format("{}: not an .xlsx workbook but an OLE2 compound file: an .xls "
@@ -251,26 +255,55 @@ void require_zip(const std::string& path) {
     case FileSignature::other:
       throw Error(fmt::format("{}: not an .xlsx workbook (not a zip package)", path));
   }
+  return path;
 }
 
 }  // namespace
 
+// What the worksheet's cells refer to, and the parse of the worksheet, which goes on in a second
+// step: everything the handler and the parser point to lives here, at a fixed address.
+struct XlsxReading::State {
+  State(const std::string& path, const XlsxLimits& limits)
+      : package(zip_path(path)),
+        layout(locate_xlsx_parts(package, limits.other_part_bytes)),
+        shared_strings(
+            layout.shared_strings_part
+                ? read_shared_strings(package, *layout.shared_strings_part, limits.other_part_bytes)
+                : std::vector<std::string>{}),
+        format_kinds(layout.styles_part ? read_cell_format_kinds(package, *layout.styles_part,
+                                                                 limits.other_part_bytes)
+                                        : std::vector<DateKind>{}),
+        handler({shared_strings, format_kinds, layout.date1904, limits.cell_text_bytes}),
+        worksheet(package, layout.worksheet_part, limits.worksheet_part_bytes, handler) {}
+
+  const ZipPackage package;
+  const XlsxLayout layout;
+  const std::vector<std::string> shared_strings;
+  const std::vector<DateKind> format_kinds;
+  WorksheetHandler handler;
+  PartParse worksheet;
+};
+
+XlsxReading::XlsxReading(const std::string& path, const XlsxLimits& limits)
+    : state_(std::make_unique<State>(path, limits)) {
+  state_->worksheet.parse_to_checkpoint();
+}
+
+XlsxReading::~XlsxReading() = default;
+XlsxReading::XlsxReading(XlsxReading&&) noexcept = default;
+XlsxReading& XlsxReading::operator=(XlsxReading&&) noexcept = default;
+
+const Workbook& XlsxReading::sheet() const { return state_->handler.sheet; }
+
+Workbook XlsxReading::finish() {
+  state_->worksheet.parse_rest();
+  Workbook sheet = std::move(state_->handler.sheet);
+  state_.reset();  // the package, its shared strings and the parser go now
+  return sheet;
+}
+
 Workbook read_xlsx(const std::string& path, const XlsxLimits& limits) {
-  require_zip(path);
-  const ZipPackage package(path);
-  const XlsxLayout layout = locate_xlsx_parts(package, limits.other_part_bytes);
-  std::vector<std::string> shared_strings;
-  if (layout.shared_strings_part) {
-    shared_strings =
-        read_shared_strings(package, *layout.shared_strings_part, limits.other_part_bytes);
-  }
-  std::vector<DateKind> format_kinds;
-  if (layout.styles_part) {
-    format_kinds = read_cell_format_kinds(package, *layout.styles_part, limits.other_part_bytes);
-  }
-  WorksheetHandler handler({shared_strings, format_kinds, layout.date1904, limits.cell_text_bytes});
-  parse_part(package, layout.worksheet_part, limits.worksheet_part_bytes, handler);
-  return std::move(handler.sheet);
+  return XlsxReading(path, limits).finish();
 }
 
 }  // namespace pellago

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "workbook/workbook.hpp"
@@ -13,6 +14,28 @@ struct XlsxLimits {
   std::uint64_t worksheet_part_bytes = std::uint64_t{1} << 30;
   std::uint64_t other_part_bytes = std::uint64_t{256} << 20;  // workbook, relationships, styles...
   std::uint64_t cell_text_bytes = kCellTextBytes;
+};
+
+// The first worksheet of an Office Open XML workbook, read in two steps: the constructor reads up
+// to the end of row 1, finish reads the rest. finish may run on another thread than the
+// constructor, never at the same time as another use. Both throw Error naming the file; a sheet
+// damaged past row 1 fails in finish.
+class XlsxReading {
+ public:
+  explicit XlsxReading(const std::string& path, const XlsxLimits& limits = {});
+  ~XlsxReading();
+  XlsxReading(XlsxReading&&) noexcept;
+  XlsxReading& operator=(XlsxReading&&) noexcept;
+
+  // The cells read so far: row 1 whole, perhaps some rows after it.
+  const Workbook& sheet() const;
+  // Reads the rest of the worksheet and hands over the whole sheet, freeing the package, its
+  // shared strings and the parser; call it once, and not sheet() after it.
+  Workbook finish();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 // Reads the first worksheet of an Office Open XML workbook. Throws Error naming the file.

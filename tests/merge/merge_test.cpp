@@ -42,7 +42,11 @@ struct RecordingHost {
       return [this, call](auto value) { calls.push_back(fmt::format("{} {}", call, value)); };
     };
     return {.enter_phase = [this](MergePhase phase) { calls.push_back(phase_name(phase)); },
-            .set_column_headers = [this](const std::vector<Cell>& h) { headers = h; },
+            .set_column_headers =
+                [this](const std::vector<Cell>& h) {
+                  headers = h;
+                  calls.push_back("headers");
+                },
             .progress = Progress{.set_indeterminate = record("indeterminate"),
                                  .set_double_value = record("value"),
                                  .set_max_value = record("max"),
@@ -56,11 +60,17 @@ struct RecordingHost {
   std::vector<std::string> calls;
 };
 
-// The phases and progress calls of a merge that visits `clips` clips and writes its output.
+// The phases, the header row and the progress calls of a merge that visits `clips` clips and
+// writes its output: the header row reaches the host before the XML is read.
 std::vector<std::string> progress_calls(int clips) {
-  std::vector<std::string> calls{
-      "sheet",  "xml", "clips", "indeterminate false", "value 0", fmt::format("max {}", clips),
-      "display"};
+  std::vector<std::string> calls{"sheet",
+                                 "headers",
+                                 "xml",
+                                 "clips",
+                                 "indeterminate false",
+                                 "value 0",
+                                 fmt::format("max {}", clips),
+                                 "display"};
   for (int clip = 0; clip < clips; ++clip) {
     calls.push_back("increment 1");
     calls.push_back("display");
@@ -206,9 +216,21 @@ TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
   write_xlsx(path("log.xlsx"), {{"Name", "", "Scene"}, {"A001", "", "1"}});
   write_file(path("out.xml"), "earlier output\n");
 
+  // The sheet's error wins over the XML file's, though the XML is read while the sheet's rows are.
+  RecordingHost recorder;
   EXPECT_THAT(
-      [&] { add_log_notes(path("log.xlsx"), data_path("merge_matching.xml"), path("out.xml")); },
+      [&] {
+        add_log_notes(path("log.xlsx"), path("missing.xml"), path("out.xml"), recorder.host());
+      },
       testing::ThrowsMessage<Error>(testing::StartsWith(path("log.xlsx") + ": ")));
+  EXPECT_THAT(recorder.headers, ElementsAre(Cell("Name"), Cell(), Cell("Scene")));
+  EXPECT_THAT(recorder.calls, ElementsAre("sheet", "headers", "xml"));
+  EXPECT_THAT(
+      [&] {
+        add_log_notes(source_path("tests/workbook/data/late_out_of_order.xlsx"),
+                      path("missing.xml"), path("out.xml"));
+      },
+      ThrowsMessage<Error>(HasSubstr("cell A3 comes after cell B3")));
   write_xlsx(path("log.xlsx"), {{"Name"}, {"A001"}});
   try {
     add_log_notes(path("log.xlsx"), path("missing.xml"), path("out.xml"));

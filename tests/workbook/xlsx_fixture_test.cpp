@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
+
 #include "error.hpp"
 #include "test_support.hpp"
 #include "workbook/workbook.hpp"
@@ -86,6 +88,25 @@ TEST(XlsxFixtures, BrokenPackagesFailWithOneLineNamingTheFile) {
     EXPECT_THAT(message, ::testing::StartsWith(fixture(name) + expected));
     EXPECT_EQ(message.find('\n'), std::string::npos) << message;
   }
+}
+
+// Row 1 can be used before the rest is read: damage in it fails the first step, damage below it
+// only the second, which may run on another thread.
+TEST(XlsxFixtures, RowOneIsReadBeforeTheRest) {
+  EXPECT_THAT([] { start_reading_workbook(fixture("out_of_order.xlsx"), SheetKind::xlsx); },
+              ::testing::ThrowsMessage<Error>(::testing::HasSubstr("cell B1 comes after cell C1")));
+  WorkbookReading reading =
+      start_reading_workbook(fixture("late_out_of_order.xlsx"), SheetKind::xlsx);
+  EXPECT_EQ(reading.sheet().cell(1, 1), text("Name"));
+  auto rest = std::async(std::launch::async, [&reading] { return reading.finish(); });
+  EXPECT_THAT([&rest] { rest.get(); },
+              ::testing::ThrowsMessage<Error>(::testing::HasSubstr(
+                  ", part \"xl/worksheets/sheet1.xml\": cell A3 comes after cell B3")));
+
+  reading = start_reading_workbook(fixture("handmade.xlsx"), SheetKind::xlsx);
+  EXPECT_EQ(row(reading.sheet(), 1),
+            row(open_workbook(fixture("handmade.xlsx"), SheetKind::xlsx), 1));
+  EXPECT_EQ(reading.finish().last_row(), 4);
 }
 
 TEST(XlsxFixtures, PartsAreCappedAsTheyUnpack) {
