@@ -191,17 +191,23 @@ std::size_t bit_distance(const PatternBits& pattern, const Points& text) {
   return distance;
 }
 
-std::size_t distance(const Points& from, const PatternBits* bits, const Points& to) {
-  return bits ? bit_distance(*bits, to) : table_distance(from, to);
-}
+// A text to measure others against: a word of bits at a time when it fits in one, else by table.
+struct Pattern {
+  explicit Pattern(Points text) : points(std::move(text)) {
+    if (points.size() <= 64) bits.emplace(points);
+  }
+  std::size_t distance_to(const Points& text) const {
+    return bits ? bit_distance(*bits, text) : table_distance(points, text);
+  }
+
+  Points points;
+  std::optional<PatternBits> bits;
+};
 
 }  // namespace
 
 std::size_t edit_distance(std::string_view a, std::string_view b) {
-  const Points from = code_points(a);
-  const Points to = code_points(b);
-  if (from.size() > 64) return table_distance(from, to);
-  return bit_distance(PatternBits(from), to);
+  return Pattern(code_points(a)).distance_to(code_points(b));
 }
 
 NameIndex index_names(const std::vector<std::string>& names) {
@@ -223,20 +229,21 @@ namespace {
 struct Search {
   explicit Search(std::string_view text)
       : key(code_points(folded(trimmed(text)))),
-        allowed(std::min<std::size_t>(2, key.size() / 4)) {}
+        allowed(std::min<std::size_t>(2, key.points.size() / 4)) {}
 
   // Calls visit(names) for each bucket of names whose length is near enough to the key's to be
   // compared with it.
   template <typename Visit>
   void each_bucket(const NameIndex& index, Visit visit) const {
-    const std::size_t shortest = key.size() - std::min(key.size(), allowed);
-    const auto end = index.by_length.upper_bound(key.size() + allowed);
+    const std::size_t length = key.points.size();
+    const std::size_t shortest = length - std::min(length, allowed);
+    const auto end = index.by_length.upper_bound(length + allowed);
     for (auto bucket = index.by_length.lower_bound(shortest); bucket != end; ++bucket) {
       visit(bucket->second);
     }
   }
 
-  Points key;
+  Pattern key;
   std::size_t allowed;
 };
 
@@ -251,12 +258,10 @@ std::size_t comparisons(std::string_view text, const NameIndex& index) {
 
 std::vector<std::string> closest(std::string_view text, const NameIndex& index, std::size_t limit) {
   const Search search(text);
-  const std::optional<PatternBits> bits =
-      search.key.size() <= 64 ? std::optional<PatternBits>(search.key) : std::nullopt;
   std::vector<std::pair<std::size_t, std::size_t>> near;  // distance, name index
   search.each_bucket(index, [&](const std::vector<std::size_t>& names) {
     for (std::size_t i : names) {
-      const std::size_t d = distance(search.key, bits ? &*bits : nullptr, index.folded[i]);
+      const std::size_t d = search.key.distance_to(index.folded[i]);
       if (d <= search.allowed) near.emplace_back(d, i);
     }
   });
