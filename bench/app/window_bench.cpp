@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "app/main_window.hpp"
+#include "app/worker_heaps.hpp"
 
 namespace {
 
@@ -61,6 +62,7 @@ void report(const char* what, qint64 elapsed_ms, qint64 longest_gap_ms) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  pellago::app::pad_worker_heaps();
   QApplication application(argc, argv);
   if (argc != 3) {
     std::fprintf(stderr, "usage: window_bench SHEET XML\n");

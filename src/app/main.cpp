@@ -2,8 +2,10 @@
 #include <QCommandLineParser>
 
 #include "app/main_window.hpp"
+#include "app/worker_heaps.hpp"
 
 int main(int argc, char** argv) {
+  pellago::app::pad_worker_heaps();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("pellago-app"));
   QApplication::setOrganizationName(QStringLiteral("Pellago"));
