@@ -45,18 +45,6 @@ TEST(Attributes, AttributesAreReadCreatedAndReplaced) {
             "<clip id=\"A &lt;1&gt;\">\n  <file id=\"&amp;amp;\"/>\n</clip>\n");
 }
 
-TEST(Insertion, InsertedElementsStandNextToTheReceiverWithoutWhitespace) {
-  Document document = parse_body("<clip>\n\t<media/>\n\t<name>C</name>\n</clip>");
-  Element media = document.first("media");
-  Element after = media.insert_after(document.create_element("marker"));
-  Element before = media.insert_before(document.create_element("labels"));
-  after.append_child(document.create_element("in")).set_text("48");
-  EXPECT_EQ(after.name(), "marker");
-  EXPECT_EQ(before.parent(), document.root());
-  EXPECT_EQ(written_body(document),
-            "<clip>\n\t<labels/><media/><marker><in>48</in></marker>\n\t<name>C</name>\n</clip>\n");
-}
-
 TEST(Insertion, FragmentKeepsItsWhitespaceAndOrderNextToText) {
   Document document = parse_body("<clip>\n\t<name>C</name>\n</clip>");
   Fragment fragment = Fragment::parse("\n\t<marker> <name>M</name>\n\t</marker>\n\t");
@@ -69,20 +57,6 @@ TEST(Insertion, FragmentKeepsItsWhitespaceAndOrderNextToText) {
   Element appended = document.root().append_child(Fragment::parse("<good>TRUE</good> "));
   EXPECT_EQ(appended.name(), "good");
   EXPECT_TRUE(written_body(document).ends_with("\n\t\n<good>TRUE</good> </clip>\n"));
-}
-
-TEST(Insertion, CopyAppendedToTheParentLandsLast) {
-  Document document = parse_body(
-      "<children>\n\t<clip id=\"a\"><name>A</name></clip>\n\t<clip id=\"b\"/>\n</children>");
-  Element clip = document.first("clip");
-  Element copy = clip.copy();
-  EXPECT_FALSE(copy.parent());
-  copy.set_attribute("id", "a-2");
-  copy.first("name").set_text("A2");
-  EXPECT_EQ(clip.parent().append_child(copy), copy);
-  EXPECT_EQ(written_body(document),
-            "<children>\n\t<clip id=\"a\"><name>A</name></clip>\n\t<clip id=\"b\"/>\n"
-            "<clip id=\"a-2\"><name>A2</name></clip></children>\n");
 }
 
 TEST(Insertion, AttachedNodesAreMovedAndInsertionsThatBreakTheTreeFail) {
