@@ -91,20 +91,6 @@ TEST(LogSheet, FieldsTellAbsentFromEmptyAndKeepTheRightHandDuplicate) {
   EXPECT_EQ(rows[0].headers, rows[1].headers);
 }
 
-TEST(LogSheet, EveryRowUpToTheLastIsKeptBlankOnesIncluded) {
-  const auto rows = log_rows(sheet({
-      {"Name", "Marker Timecode"},
-      {"C001", "01:00:00:00"},
-      {},
-      {"C001"},
-  }));
-  ASSERT_EQ(rows.size(), 3u);
-  EXPECT_THAT(fields(rows[1]), ElementsAre("Name="));
-  EXPECT_THAT(rows[1].markers, IsEmpty());
-  EXPECT_THAT(fields(rows[2]), ElementsAre("Name=C001"));
-  EXPECT_THAT(log_rows(sheet({{"Name", "Scene"}})), IsEmpty());
-}
-
 TEST(LogSheet, HeaderThatIsNotTextFailsAtTheFirstDataRowOnly) {
   const auto error_of = [](const Workbook& workbook) -> std::string {
     try {
