@@ -75,18 +75,5 @@ TEST(FloatText, AgreesWithReferenceOverRandomDoubles) {
   }
 }
 
-TEST(CellText, KeepsTextAndWritesEmptyNumbersTruthValuesAndDates) {
-  EXPECT_EQ(cell_text(Cell{std::string(" Take 2 ")}), " Take 2 ");
-  EXPECT_EQ(cell_text(Cell{std::string("12")}), "12");
-  EXPECT_EQ(cell_text(Cell{}), "");
-  EXPECT_EQ(cell_text(Cell{12.0}), "12.0");
-  EXPECT_EQ(cell_text(Cell{true}), "true");
-  EXPECT_EQ(cell_text(Cell{false}), "false");
-  EXPECT_EQ(cell_text(Cell{DateTime{DateKind::date, 2011, 5, 6}}), "2011-05-06");
-  EXPECT_EQ(cell_text(Cell{DateTime{DateKind::date_time, 2024, 3, 1, 12, 30, 15}}),
-            "2024-03-01T12:30:15+00:00");
-  EXPECT_EQ(cell_text(Cell{DateTime{DateKind::time, 0, 0, 0, 9, 5, 0}}), "09:05:00");
-}
-
 }  // namespace
 }  // namespace pellago
