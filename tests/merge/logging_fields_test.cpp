@@ -38,13 +38,6 @@ TEST(LoggingFields, EveryMatchFieldsSetAllAndFirstMatchFieldsSetOrCreateTheFirst
   EXPECT_EQ(logged(read_data("steps_clip.xml"), row), read_data("steps_clip_logged.xml"));
 }
 
-TEST(LoggingFields, CreatedLabelPrecedesLabel2AndCreatedClipCommentsFollowMasterComment4) {
-  const LogRow row = make_row(
-      {{"Label", "Circle"}, {"Label 2", "Selects"}, {"Comment 1", "a"}, {"Comment 2", "b"}});
-  EXPECT_EQ(logged(read_data("steps_labels_clip.xml"), row),
-            read_data("steps_labels_clip_logged.xml"));
-}
-
 // A field that replaces an element's text takes the elements inside it out of the clip: later
 // fields set, or insert next to, what the clip still holds.
 TEST(LoggingFields, LaterFieldsSeeWhatEarlierFieldsLeft) {
