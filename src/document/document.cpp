@@ -253,13 +253,4 @@ std::string Document::write() const {
   return text;
 }
 
-Fragment Fragment::parse(std::string_view markup) {
-  Document document = Document::parse_string(fmt::format("<fragment>{}</fragment>", markup));
-  std::vector<Element> nodes;
-  if (Element root = document.root()) {
-    for (xmlNodePtr node = root.node()->children; node; node = node->next) nodes.emplace_back(node);
-  }
-  return Fragment{std::move(document), std::move(nodes)};
-}
-
 }  // namespace pellago

@@ -15,7 +15,6 @@
 
 namespace pellago {
 
-struct Fragment;
 class Element;
 
 // Told about each change made through Element to the tree of a document it observes
@@ -86,9 +85,6 @@ class Element {
   Element insert_before(Element node) const;
   Element insert_after(Element node) const;
   Element append_child(Element node) const;
-  // A fragment inserts its top-level nodes in their order; the result is the first of them.
-  Element insert_after(const Fragment& fragment) const;
-  Element append_child(const Fragment& fragment) const;
 
   // Building: a new unattached element of this element's document (no namespace or attributes)
   // holding `text` as its one text node (no children for the empty text); the same appended as
@@ -154,15 +150,6 @@ class Document {
 
   std::unique_ptr<xmlDoc, Deleter> doc_;
   RecoveredErrors recovered_;
-};
-
-// Markup parsed as the content of an otherwise empty root element of a private document; the
-// fragment's nodes are that root's children, in order.
-struct Fragment {
-  static Fragment parse(std::string_view markup);
-
-  Document document;
-  std::vector<Element> nodes;
 };
 
 }  // namespace pellago

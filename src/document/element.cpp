@@ -57,7 +57,7 @@ xmlNodePtr take_over(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr anchor) {
 
 // Links `node` under `parent` between `prev` and `next` (either may be null). libxml2's own
 // xmlAdd* functions merge a text node into an adjacent text node and free it, which would
-// reorder a fragment's nodes and leave dangling handles; this never merges.
+// reorder inserted nodes and leave dangling handles; this never merges.
 xmlNodePtr link(xmlNodePtr node, xmlNodePtr parent, xmlNodePtr prev, xmlNodePtr next) {
   node->parent = parent;
   node->prev = prev;
@@ -283,25 +283,6 @@ Element Element::append_child(Element node) const {
   }
   xmlNodePtr taken = take_over(node.node_, node_, node_);
   return linked(link(taken, node_, node_->last, nullptr));
-}
-
-Element Element::insert_after(const Fragment& fragment) const {
-  Element first;
-  Element at = *this;
-  for (Element node : fragment.nodes) {
-    at = at.insert_after(node);
-    if (!first) first = at;
-  }
-  return first;
-}
-
-Element Element::append_child(const Fragment& fragment) const {
-  Element first;
-  for (Element node : fragment.nodes) {
-    Element appended = append_child(node);
-    if (!first) first = appended;
-  }
-  return first;
 }
 
 Element Element::create_element(std::string_view name, std::string_view text) const {

@@ -45,20 +45,6 @@ TEST(Attributes, AttributesAreReadCreatedAndReplaced) {
             "<clip id=\"A &lt;1&gt;\">\n  <file id=\"&amp;amp;\"/>\n</clip>\n");
 }
 
-TEST(Insertion, FragmentKeepsItsWhitespaceAndOrderNextToText) {
-  Document document = parse_body("<clip>\n\t<name>C</name>\n</clip>");
-  Fragment fragment = Fragment::parse("\n\t<marker> <name>M</name>\n\t</marker>\n\t");
-  ASSERT_EQ(fragment.nodes.size(), 3u);
-  Element first = document.first("name").insert_after(fragment);
-  EXPECT_EQ(first.node()->type, XML_TEXT_NODE);
-  EXPECT_EQ(document.first("marker").first("name").text(), "M");
-  EXPECT_EQ(written_body(document),
-            "<clip>\n\t<name>C</name>\n\t<marker> <name>M</name>\n\t</marker>\n\t\n</clip>\n");
-  Element appended = document.root().append_child(Fragment::parse("<good>TRUE</good> "));
-  EXPECT_EQ(appended.name(), "good");
-  EXPECT_TRUE(written_body(document).ends_with("\n\t\n<good>TRUE</good> </clip>\n"));
-}
-
 TEST(Insertion, AttachedNodesAreMovedAndInsertionsThatBreakTheTreeFail) {
   Document document = parse_body("<a> <b/><c/><d> <e/></d></a>");
   Element b = document.first("b");
