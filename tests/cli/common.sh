@@ -9,7 +9,8 @@ fail() {
 }
 
 scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+# Some tests take the write permission away inside the scratch folder.
+trap 'chmod -R u+w "$scratch"; rm -rf "$scratch"' EXIT
 
 # run ARGUMENT...: runs pellago with standard input closed to it; sets status, out and err.
 run() {

@@ -2,7 +2,8 @@
 # Checks the contract of `pellago merge`: exit statuses 0, 1, 2 and 3; the merged bytes; nothing
 # written on failure; the output may be the input; a linked output replaces the file the links end
 # at and keeps its permissions; outputs that are not regular files are refused; - is standard
-# output; recovered documents; a file size limit leaves the old output and no temporary file.
+# output; recovered documents; a read-only folder and a file size limit leave the old output and no
+# temporary file behind.
 # Usage: merge_test.sh PATH_OF_PELLAGO SOURCE_DIR
 set -u
 pellago=$1
@@ -140,6 +141,25 @@ for xml in truncated nul; do
     fail "$xml document, --strict says '$err'"
   [[ ! -e $scratch/strict.xml ]] || fail "--strict wrote a file for the $xml document"
 done
+
+# A read-only folder: status 1, the old output as it was, no temporary file. Root writes into
+# any folder, so as root the check runs as an unprivileged user.
+as_user=()
+if [[ $(id -u) -eq 0 ]]; then
+  as_user=(setpriv --reuid=nobody --regid=nogroup --clear-groups --)
+fi
+mkdir "$scratch/read_only"
+echo "earlier output" >"$scratch/read_only/out.xml"
+chmod 755 "$scratch" "$scratch/read_only"
+chmod 644 "$scratch/read_only/out.xml" "$sheet" "$project"
+chmod 555 "$scratch/read_only"
+"${as_user[@]}" "$pellago" merge -q "$sheet" "$project" "$scratch/read_only/out.xml" \
+  >/dev/null 2>"$scratch/stderr"
+status=$?
+err=$(cat "$scratch/stderr")
+expect_status 1 "read-only folder"
+[[ $(cat "$scratch/read_only/out.xml") == "earlier output" ]] || fail "read-only folder: output changed"
+expect_only_files "$scratch/read_only" out.xml
 
 # A file size limit (a full disk) makes the write fail: status 1, old output, no temporary file.
 mkdir "$scratch/small"
