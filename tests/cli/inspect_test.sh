@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Checks `pellago inspect`: the whole JSON printed for a log sheet with marker groups and for a
-# header row of every kind of cell, status 1 and one line for a header row with a gap, and status 3
-# with nothing printed for a file that is not a log sheet. That .xls and .xlsx read alike is
-# checked in tests/workbook.
+# sheet of every kind of cell (the fields' texts as the merge writes them), status 1 and one line
+# for a header row with a gap, and status 3 with nothing printed for a file that is not a log
+# sheet. That .xls and .xlsx read alike is checked in tests/workbook.
 # Usage: inspect_test.sh PATH_OF_PELLAGO
 set -u
 pellago=$1
@@ -18,7 +18,9 @@ expect_json() {
   fi
 }
 expect_json "$data/inspect_markers.xls" "$data/inspect_markers.json"
-expect_json "$(dirname "$0")/../workbook/data/typed_headers.xlsx" "$data/inspect_typed_headers.json"
+typed=$(dirname "$0")/../workbook/data
+expect_json "$typed/typed_cells.xlsx" "$data/inspect_typed_cells.json"
+expect_json "$typed/typed_headers.xlsx" "$data/inspect_typed_headers.json"
 
 sheet=$data/inspect_gap_in_headers.xls
 run inspect "$sheet"
