@@ -88,7 +88,7 @@ class ModuleLoadingTest < Minitest::Test
     RUBY
   end
 
-  def test_loading_defines_constants_private_methods_and_the_maker_folder
+  def test_loading_defines_constants_private_methods_and_the_maker_folder_if_there_is_a_library
     home = home(:ready)
     state = load_module(home: home)
     assert_nil state[:error]
@@ -100,6 +100,12 @@ class ModuleLoadingTest < Minitest::Test
     refute File.exist?(state[:temp_xml_file]), "the module itself never makes TEMP_XML_FILE"
     assert_equal [-1, -1], state[:arities]
     assert_empty @stderr, "loading warns about nothing ($KCODE included)"
+
+    home = home(:none)
+    state = load_module(home: home)
+    assert_equal [nil, :undefined], state.values_at(:error, :temp_xml_file), "no Library folder"
+    assert_equal %i[add_log_notes to_frames], state[:methods].sort
+    assert_empty Dir.children(home)
   end
 
   def test_only_orvale_equal_to_true_skips_the_file_set_up
@@ -131,17 +137,6 @@ class ModuleLoadingTest < Minitest::Test
       assert_empty state[:methods], library
       refute File.directory?(File.join(home, MAKER_FOLDER)), library
     end
-  end
-
-  def test_without_a_library_folder_nothing_is_made
-    home = home(:none)
-    state = load_module(home: home)
-    assert_nil state[:error]
-    assert_equal FRAME_RATES_INSPECTED, state[:frame_rates].inspect
-    assert_equal :undefined, state[:temp_xml_file]
-    assert_equal %i[add_log_notes to_frames], state[:methods].sort
-    assert_empty Dir.children(home)
-    assert_empty @stderr
   end
 
   # Ruby 3.1 runs the Init function of every new feature it requires. A hard link to the built
@@ -225,30 +220,21 @@ class ModuleMergeTest < Minitest::Test
     RUBY
   end
 
-  def test_merges_the_example_files_like_the_command_line
+  # $ruby_cocoa unset reports progress; false touches no progress variable of the host.
+  def test_merges_like_the_command_line_with_progress_and_headers
     sheet = File.join(SOURCE_DIR, "examples/log_sheet.xlsx")
     xml = File.join(SOURCE_DIR, "examples/project.xml")
-    assert_nil merge_in_child(sheet, xml)[:error]
+    run = merge_in_child(sheet, xml)
+    assert_nil run[:error]
+    assert_nil run[:result]
+    assert_equal progress_log(6), run[:log]
     by_cli = File.join(@tmp, "by_cli.xml")
     assert system(CLI, "merge", sheet, xml, by_cli, out: File::NULL), "pellago merge failed"
     assert_equal File.binread(by_cli), File.binread(output)
-  end
 
-  # $ruby_cocoa unset reports progress; false touches no progress variable of the host.
-  def test_merged_document_progress_and_headers
-    run = merge_in_child(data("log_sheet.xls"), data("project.xml"))
+    run = merge_in_child(sheet, xml, prelude: "$ruby_cocoa = false",
+                                     host: "Controller.new(progress: false)")
     assert_nil run[:error]
-    assert_nil run[:result]
-    assert_equal progress_log(2), run[:log]
-    assert_equal ["Name", "Good", "Scene", "Log Note", "Marker Timecode", "Marker Name",
-                  "Marker Color"], run[:headers]
-    assert_equal File.binread(data("merged.xml")), File.binread(output)
-
-    File.delete(output)
-    run = merge_in_child(data("log_sheet.xls"), data("project.xml"),
-                         prelude: "$ruby_cocoa = false", host: "Controller.new(progress: false)")
-    assert_nil run[:error]
-    assert_equal File.binread(data("merged.xml")), File.binread(output)
 
     run = merge_in_child(data("headers_only.xls"), data("project.xml"))
     assert_equal ["Name", nil, 2.5], run[:headers], "strings, floats and nils as read"
@@ -275,15 +261,6 @@ class ModuleMergeTest < Minitest::Test
     assert_equal [[:indicator, :setIndeterminate, false], [:indicator, :setDoubleValue, 0],
                   [:indicator, :setMaxValue, 2], [:indicator1, :incrementBy, 1],
                   [:indicator2, :incrementBy, 1]], run[:log]
-  end
-
-  def test_host_without_progress_variables_fails_at_the_first_progress_call
-    run = merge_in_child(data("log_sheet.xls"), data("project.xml"),
-                         host: "Controller.new(progress: false)")
-    assert_equal "NoMethodError", run[:error][0]
-    assert_match(/undefined method `setIndeterminate' for nil/, run[:error][1])
-    assert_equal "Name", run[:headers].first, "headers are set before progress starts"
-    refute File.exist?(output)
   end
 
   def test_whatever_the_host_raises_or_throws_arrives_unchanged
@@ -318,26 +295,18 @@ class ModuleMergeTest < Minitest::Test
   end
 
   def test_engine_failures_arrive_as_ruby_exceptions
-    missing = File.join(@tmp, "missing")
+    missing = File.join(@tmp, "missing.xml")
     state = in_child(<<~RUBY)
       require "Pellago_algorithm"
-      host = Controller.new(column_headers: :before)
-      [error_of { host.merge("#{missing}.xls", #{data('project.xml').inspect}, #{output.inspect}) },
-       host.column_headers,
-       error_of { host.merge(#{data('log_sheet.xls').inspect}, "#{missing}.xml", #{output.inspect}) },
-       host.column_headers.size,
-       host.merge("log.XLS", nil, 0), error_of { host.merge(nil, "in.xml", "out.xml") },
-       host.log]
+      host = Controller.new
+      [error_of { host.merge(#{data('log_sheet.xls').inspect}, #{missing.inspect}, #{output.inspect}) },
+       host.merge("log.XLS", nil, 0), error_of { host.merge(nil, "in.xml", "out.xml") }, host.log]
     RUBY
     assert_equal "Errno::ENOENT", state[0][0]
-    assert_includes state[0][1], "#{missing}.xls"
-    assert_equal :before, state[1], "headers are kept when the workbook does not open"
-    assert_equal "Errno::ENOENT", state[2][0]
-    assert_includes state[2][1], "#{missing}.xml"
-    assert_equal 7, state[3], "headers are set once the workbook opened"
-    assert_equal false, state[4], "not a log sheet: the other paths are not looked at"
-    assert_equal "TypeError", state[5][0]
-    assert_equal [], state[6]
+    assert_includes state[0][1], missing
+    assert_equal false, state[1], "not a log sheet: the other paths are not looked at"
+    assert_equal "TypeError", state[2][0]
+    assert_equal [], state[3]
     refute File.exist?(output)
   end
 

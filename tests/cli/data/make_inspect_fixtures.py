@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Writes the .xls log sheets that inspect_test.sh and merge_test.sh read, with Debian's
+"""Writes the .xls log sheets that inspect_test.sh reads, with Debian's
 python3-xlwt.
 
 Run from this folder: /usr/bin/python3 make_inspect_fixtures.py
@@ -36,11 +36,4 @@ write_sheet("inspect_markers.xls", [
 write_sheet("inspect_gap_in_headers.xls", [
     ["Name", None, "Scene"],
     ["C001", "x", 12],
-])
-
-# A cell holding ESC, a character XML 1.0 cannot carry: merging it must fail naming row 2,
-# column B.
-write_sheet("control_character.xls", [
-    ["Name", "Log Note"],
-    ["A001_C001_0611AB", "colour \x1b[31mred"],
 ])
