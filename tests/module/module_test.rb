@@ -296,17 +296,22 @@ class ModuleMergeTest < Minitest::Test
 
   def test_engine_failures_arrive_as_ruby_exceptions
     missing = File.join(@tmp, "missing.xml")
+    not_a_workbook = File.join(@tmp, "notes.xlsx")
+    File.write(not_a_workbook, "Name,Scene\n")
     state = in_child(<<~RUBY)
       require "Pellago_algorithm"
       host = Controller.new
       [error_of { host.merge(#{data('log_sheet.xls').inspect}, #{missing.inspect}, #{output.inspect}) },
-       host.merge("log.XLS", nil, 0), error_of { host.merge(nil, "in.xml", "out.xml") }, host.log]
+       host.merge("log.XLS", nil, 0), error_of { host.merge(nil, "in.xml", "out.xml") }, host.log,
+       error_of { host.merge(#{not_a_workbook.inspect}, #{data('project.xml').inspect}, #{output.inspect}) }]
     RUBY
     assert_equal "Errno::ENOENT", state[0][0]
     assert_includes state[0][1], missing
     assert_equal false, state[1], "not a log sheet: the other paths are not looked at"
     assert_equal "TypeError", state[2][0]
     assert_equal [], state[3]
+    assert_equal "RuntimeError", state[4][0], "an error that comes with no errno"
+    assert_match(/\A#{Regexp.escape(not_a_workbook)}: not an .xlsx workbook/, state[4][1])
     refute File.exist?(output)
   end
 
