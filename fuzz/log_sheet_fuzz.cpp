@@ -2,7 +2,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "error.hpp"
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 #include "workbook/workbook.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "merge/cell_text.hpp"
-#include "merge/log_sheet.hpp"
+#include "sheet/cell_text.hpp"
+#include "sheet/log_sheet.hpp"
 
 namespace pellago {
 namespace {

@@ -3,7 +3,7 @@
 #include <QAbstractTableModel>
 #include <memory>
 
-#include "merge/findings.hpp"
+#include "check/findings.hpp"
 
 namespace pellago::app {
 

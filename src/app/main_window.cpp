@@ -28,7 +28,7 @@
 #include <exception>
 #include <utility>
 
-#include "merge/check.hpp"
+#include "check/check.hpp"
 #include "merge/messages.hpp"
 #include "workbook/workbook.hpp"
 

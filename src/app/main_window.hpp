@@ -10,8 +10,8 @@
 
 #include "app/findings_model.hpp"
 #include "app/sheet_model.hpp"
+#include "check/findings.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge/findings.hpp"
 
 class QLabel;
 class QLineEdit;

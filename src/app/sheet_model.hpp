@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "merge/findings.hpp"
+#include "check/findings.hpp"
 
 namespace pellago::app {
 

@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "check/check.hpp"
 #include "cli/commands.hpp"
-#include "merge/check.hpp"
 #include "merge/messages.hpp"
 
 namespace pellago::cli {

@@ -8,7 +8,7 @@
 
 #include "cli/commands.hpp"
 #include "error.hpp"
-#include "merge/export_sheet.hpp"
+#include "export/export_sheet.hpp"
 
 namespace pellago::cli {
 

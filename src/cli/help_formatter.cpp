@@ -7,11 +7,20 @@ namespace pellago::cli {
 
 namespace {
 
-void append_wrapped_line(std::string_view line, std::size_t width, std::string& out) {
+// Where a wrapped line's text starts, and its continuations with it: after the line's indentation,
+// or, in a table row (a first cell, then a gap of two blanks or more), after the gap.
+std::size_t continuation_indent(std::string_view line) {
   const std::size_t indent = std::min(line.find_first_not_of(' '), line.size());
-  const std::string_view prefix = line.substr(0, indent);
+  const std::size_t gap = line.find("  ", indent);
+  if (gap == std::string_view::npos) return indent;
+  return std::min(line.find_first_not_of(' ', gap), line.size());
+}
+
+void append_wrapped_line(std::string_view line, std::size_t width, std::string& out) {
+  const std::size_t indent = continuation_indent(line);
+  const std::string prefix(indent, ' ');
   std::size_t column = indent;
-  out += prefix;
+  out += line.substr(0, indent);
   std::string_view rest = line.substr(indent);
   bool first_word = true;
   while (!rest.empty()) {

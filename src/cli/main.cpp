@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "check/near_names.hpp"
 #include "cli/commands.hpp"
 #include "cli/help_formatter.hpp"
 #include "error.hpp"
 #include "merge/messages.hpp"
-#include "merge/near_names.hpp"
 #include "version.hpp"
 
 namespace {

@@ -11,8 +11,10 @@
 #include "cli/commands.hpp"
 #include "cli/progress_bar.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/markers.hpp"
 #include "merge/messages.hpp"
 #include "merge/output_file.hpp"
+#include "sheet/columns.hpp"
 
 namespace pellago::cli {
 
@@ -28,20 +30,11 @@ clip. A row belongs to each clip whose <name> equals its "Name" cell exactly
 (case and spaces count; a number cell reads as 101.0, not 101). Headers are
 matched exactly too; other columns are ignored. The columns read:
 
-  Name                  the clip the row belongs to
-  In, Out               an empty cell clears the clip's In or Out point
-  Subclip Name          when several rows name one clip, each row becomes a
-                        subclip cut from In to Out, named by this column
-  Good                  yes or y (any case) marks the clip good
-  Label, Label 2, Description, Scene, Shot/Take, Log Note, Angle,
-  Master Comment 1 to Master Comment 4, Comment 1, Comment 2
-                        logging fields, written into the clip
-  Marker Timecode, Marker Name, Marker Comment, Marker Color
-                        one marker per group of these columns; repeat the
-                        group for more markers. Colors: red, orange, yellow,
-                        green, turquoise, blue, purple, pink
-  Aux TC 1, Aux TC 2    the clip's auxiliary timecodes
+)";
 
+// After the columns read.
+constexpr const char* kDescriptionEnd =
+    R"(
 An empty cell clears the field it stands for (Good becomes FALSE).
 Timecodes may be written 01:00:10:00, 01;00;10;00 or 01.00.10.00, or typed
 as the number 1001000 (HHMMSSFF) in a number cell; text without separators is
@@ -88,6 +81,19 @@ struct MergeOptions {
   bool quiet = false;
   bool strict = false;
 };
+
+// One line per column of the sheet: its header and what it does.
+std::string columns_help() {
+  std::string text;
+  for (const SheetColumn& column : kSheetColumns) {
+    std::string summary(column.summary);
+    if (column.role == ColumnRole::marker_color) {
+      summary += fmt::format("; colours: {}", fmt::join(marker_color_names(), ", "));
+    }
+    text += fmt::format("  {:<20}  {}\n", column.header, summary);
+  }
+  return text;
+}
 
 std::string counted(std::size_t count, std::string_view noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
@@ -163,7 +169,7 @@ void add_merge_command(CLI::App& app, int& status) {
   auto options = std::make_shared<MergeOptions>();
   CLI::App* merge = app.add_subcommand("merge", "Merge a log sheet into a Final Cut Pro XML file");
   // The description is the one-line summary in the program's help; the rest follows the options.
-  merge->footer(fmt::format("{}\n{}", kDescription, kFooter));
+  merge->footer(fmt::format("{}{}{}\n{}", kDescription, columns_help(), kDescriptionEnd, kFooter));
   merge->add_option("SHEET", options->sheet, "The log sheet (.xls or .xlsx)")->required();
   merge->add_option("XML", options->xml, "The Final Cut Pro XML document to merge into")
       ->required();

@@ -197,9 +197,7 @@ Document Document::parse_string(std::string_view markup) {
   return Document(doc, std::move(errors));
 }
 
-void Document::observe(EditObserver* observer) const noexcept {
-  set_observer(doc_.get(), observer);
-}
+void Document::observe(EditObserver* observer) noexcept { set_observer(doc_.get(), observer); }
 
 Element Document::root() const { return Element(xmlDocGetRootElement(doc_.get())); }
 

@@ -123,7 +123,7 @@ class Document {
 
   // Reports every later change to the tree to `observer` (none: stop reporting). The observer
   // must outlive the reporting; an unobserved document pays nothing for it.
-  void observe(EditObserver* observer) const noexcept;
+  void observe(EditObserver* observer) noexcept;
   Element root() const;
 
   // Selectors as for Element, evaluated below the document node (the root element included).

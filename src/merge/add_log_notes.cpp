@@ -16,10 +16,10 @@
 #include "document/document.hpp"
 #include "error.hpp"
 #include "merge/clip_match.hpp"
-#include "merge/log_sheet.hpp"
-#include "merge/merge_collector.hpp"
 #include "merge/merge_document.hpp"
+#include "merge/merge_observer.hpp"
 #include "merge/output_file.hpp"
+#include "sheet/log_sheet.hpp"
 
 namespace pellago {
 
@@ -44,7 +44,7 @@ void give_back_freed_memory() {
 
 // The sheet past its header row.
 struct SheetRows {
-  std::optional<Workbook> workbook;  // kept only for a collector
+  std::optional<Workbook> workbook;  // kept only for an observer
   std::vector<LogRow> rows;
 };
 
@@ -138,7 +138,7 @@ bool is_blank(const LogRow& row) {
 }
 
 MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
-                              const Host& host, MergeCollector* collector) {
+                              const Host& host, MergeObserver* observer) {
   const SheetKind kind = sheet_kind(sheet_path);
   if (kind == SheetKind::not_a_log_sheet) return {};
   const LibxmlErrors quiet;
@@ -148,7 +148,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const std::vector<Cell> headers = read_header_row(reading.sheet());
   if (host.set_column_headers) host.set_column_headers(headers);
   std::future<SheetRows> sheet =
-      read_rest_in_background(reading, headers, sheet_path, collector != nullptr);
+      read_rest_in_background(reading, headers, sheet_path, observer != nullptr);
 
   enter_phase(host, MergePhase::reading_xml);
   std::optional<Document> parsed;
@@ -161,11 +161,11 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   // The sheet's failure comes first, as it would have had the sheet been read before the XML.
   const SheetRows sheet_rows = sheet.get();
   const std::vector<LogRow>& rows = sheet_rows.rows;
-  if (collector) collector->sheet_read(*sheet_rows.workbook, headers, rows);
+  if (observer) observer->sheet_read(*sheet_rows.workbook, headers, rows);
   if (xml_failure) std::rethrow_exception(xml_failure);
   Document document = std::move(*parsed);
   if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
-  if (collector) collector->document_read(document, xml_path);
+  if (observer) observer->document_read(document, xml_path);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
   enter_phase(host, MergePhase::merging_clips);
@@ -173,7 +173,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
 
   MergeReport report{.outcome = Outcome::merged, .recovered = document.recovered_errors()};
   const RowsByName index = index_rows_by_name(rows);
-  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), collector};
+  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), observer};
   for (std::size_t position = 0; position < clips.size(); ++position) {
     if (cancel_requested(host)) break;
     visit_clip(clips[position], position, run);
@@ -183,7 +183,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
     report.outcome = Outcome::cancelled;
     return {report, std::nullopt};
   }
-  if (collector) collector->merge_finished(run.row_used);
+  if (observer) observer->merge_finished(run.row_used);
   return {report, std::move(document)};
 }
 

@@ -11,32 +11,28 @@
 #include <vector>
 
 #include "merge/required_element.hpp"
+#include "sheet/columns.hpp"
 #include "timecode/to_frames.hpp"
 
 namespace pellago {
 namespace {
 
-struct AuxSource {
-  std::string_view header;
-  std::string_view source;
-};
+constexpr auto kAuxColumns = columns_of<ColumnRole::aux_timecode>();
 
-constexpr std::array<AuxSource, 2> kAuxSources{{
-    {"Aux TC 1", "aux1"},
-    {"Aux TC 2", "aux2"},
-}};
-
-// Looked up in one walk of the clip: the file's display format, each source's timecode (in the
-// order of kAuxSources) and the file that takes the new ones.
+// Looked up in one walk of the clip: the file's display format, each aux column's timecode (in
+// table order) and the file that takes the new ones.
 constexpr std::size_t kDisplayFormat = 0;
 constexpr std::size_t kFirstAux = 1;
-constexpr std::size_t kFile = 3;
-constexpr std::array<Selector, 4> kAuxElements{
-    name_chain("file/timecode/displayformat"),
-    name_chain(R"(timecode[source="aux1"])"),
-    name_chain(R"(timecode[source="aux2"])"),
-    name_chain("file"),
-};
+constexpr std::size_t kFile = kFirstAux + kAuxColumns.size();
+constexpr std::array<Selector, kFile + 1> kAuxElements = [] {
+  std::array<Selector, kFile + 1> elements{};
+  elements[kDisplayFormat] = name_chain("file/timecode/displayformat");
+  for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
+    elements[kFirstAux + i] = *parse_selector(kAuxColumns[i].element);
+  }
+  elements[kFile] = name_chain("file");
+  return elements;
+}();
 
 // <timecode> <frame>F</frame> <displayformat>D</displayformat> <source>S</source> </timecode>,
 // the display format as it stands in the file's own timecode.
@@ -51,29 +47,23 @@ void build_aux_timecode(Element timecode, std::int64_t frames, const std::string
   timecode.append_text(" ");
 }
 
-bool holds_value(const LogRow& row, const AuxSource& aux) {
+bool holds_value(const LogRow& row, const SheetColumn& aux) {
   const std::string* value = row.field(aux.header);
   return value != nullptr && !value->empty();
 }
 
 }  // namespace
 
-std::vector<std::string_view> aux_timecode_headers() {
-  std::vector<std::string_view> headers;
-  for (const AuxSource& aux : kAuxSources) headers.push_back(aux.header);
-  return headers;
-}
-
 void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
   // A row without values only reads the display format, so the walk can stop there.
   const bool any_value = std::ranges::any_of(
-      kAuxSources, [&row](const AuxSource& aux) { return holds_value(row, aux); });
+      kAuxColumns, [&row](const SheetColumn& aux) { return holds_value(row, aux); });
   std::vector<Element> found =
       clip.first_of(std::span(kAuxElements).first(any_value ? kAuxElements.size() : 1));
   if (!found[kDisplayFormat]) return;
   const std::string display_format = found[kDisplayFormat].text();
-  for (std::size_t i = 0; i < kAuxSources.size(); ++i) {
-    const AuxSource& aux = kAuxSources[i];
+  for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
+    const SheetColumn& aux = kAuxColumns[i];
     if (!holds_value(row, aux)) continue;
     if (Element replaced = found[kFirstAux + i]) {
       replaced.remove();
@@ -86,7 +76,7 @@ void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timi
     const Element file = require_found(found[kFile], kAuxElements[kFile].text,
                                        fmt::format(" to hold \"{}\"", aux.header));
     const Element timecode = file.create_element("timecode");
-    build_aux_timecode(timecode, frames, display_format, aux.source);
+    build_aux_timecode(timecode, frames, display_format, kAuxElements[kFirstAux + i].value);
     file.append_child(timecode);
   }
 }

@@ -6,9 +6,9 @@
 #include "merge/aux_timecodes.hpp"
 #include "merge/logging_fields.hpp"
 #include "merge/markers.hpp"
-#include "merge/merge_collector.hpp"
+#include "merge/merge_observer.hpp"
+#include "merge/resolve_clip_timing.hpp"
 #include "merge/subclips.hpp"
-#include "timecode/clip_timing.hpp"
 
 namespace pellago {
 
@@ -28,7 +28,7 @@ const FrameRates& frame_rates(const Host& host) {
 void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Element target = match.clips[j];
-  if (run.collector) run.collector->row_started(match, j);
+  if (run.observer) run.observer->row_started(match, j);
   clear_empty_in_out(row, target);
   if (match.several && j == 0) {
     make_subclip_copies(match);
@@ -39,7 +39,7 @@ void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& 
 
   const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host));
   const std::int64_t clip_duration = read_clip_duration(target);
-  if (run.collector) run.collector->row_timed(match, j, timing, clip_duration);
+  if (run.observer) run.observer->row_timed(match, j, timing, clip_duration);
   if (match.several) apply_subclip(row, target, timing, clip_duration);
   apply_logging_fields(target, row, run.document);
   apply_markers(target, row, timing);
@@ -55,7 +55,7 @@ CutClip cut_clip_of(const ClipMatch& match) {
 
 std::string describe(const ClipMatch& match, std::size_t row) {
   return fmt::format("clip \"{}\" ({}, sheet row {})", match.name,
-                     match.id ? "id " + *match.id : "no id", row + 2);
+                     match.id ? "id " + *match.id : "no id", sheet_row(row));
 }
 
 }  // namespace
@@ -85,7 +85,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   ++run.report.clips_visited;
   count_on_progress(run.host);
   std::optional<ClipMatch> match = match_clip(clip, run.index);
-  if (run.collector && match) run.collector->clip_matched(*match, position);
+  if (run.observer && match) run.observer->clip_matched(*match, position);
   if (!match || match->rows.empty()) return;
 
   ++run.report.clips_changed;

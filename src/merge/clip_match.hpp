@@ -8,7 +8,7 @@
 
 #include "document/document.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 
 namespace pellago {
 
@@ -32,8 +32,9 @@ struct ClipMatch {
 // The clip's id, name text and matching rows; none when the clip has no name element.
 std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index);
 
+struct MergeObserver;
+
 // Everything one merge shares between clip visits.
-struct MergeCollector;
 
 struct MergeRun {
   const std::vector<LogRow>& rows;
@@ -41,8 +42,8 @@ struct MergeRun {
   Document& document;
   const Host& host;
   MergeReport& report;
-  std::vector<bool> row_used;           // row_used[i]: row i named at least one clip
-  MergeCollector* collector = nullptr;  // told what the merge does, for a check; none in a merge
+  std::vector<bool> row_used;         // row_used[i]: row i named at least one clip
+  MergeObserver* observer = nullptr;  // told what the merge does, for a check; none in a merge
 };
 
 // Counts the clip on the progress bar, matches it and applies each matching row to its target

@@ -9,67 +9,64 @@
 
 #include "error.hpp"
 #include "merge/required_element.hpp"
+#include "sheet/columns.hpp"
 
 namespace pellago {
 namespace {
 
-// every_match: all matching elements are set, none is created.
-// first_match: the first match is set; when there is none, a new element is placed next to the
-// anchor. required: the first match is set; when there is none, the row cannot be applied.
-enum class Which { every_match, first_match, required };
-enum class Place { before, after };
-enum class Value { cell_text, good_flag };
+constexpr bool is_logging_field(const SheetColumn& column) {
+  return column.role == ColumnRole::good || column.role == ColumnRole::logging_text;
+}
 
-struct LoggingField {
-  std::string_view header;
-  Selector selector;
-  Which which;
-  Value value = Value::cell_text;
-  std::string_view new_element = {};
-  std::string_view anchor = {};
-  Place place = Place::before;
-};
+constexpr std::size_t kFieldCount = std::ranges::count_if(kSheetColumns, is_logging_field);
 
-// Walked in this order: "Label" creates its element before "Label 2" sets the first label2, and
-// "Comment 2" lands between mastercomment4 and a clipcommenta that "Comment 1" just created.
-constexpr std::array<LoggingField, 14> kLoggingFields{{
-    {"Good", name_chain("logginginfo/good"), Which::every_match, Value::good_flag},
-    {"Label", name_chain("labels/label"), Which::first_match, Value::cell_text, "label",
-     "labels/label2", Place::before},
-    {"Label 2", name_chain("labels/label2"), Which::required},
-    {"Description", name_chain("logginginfo/description"), Which::first_match, Value::cell_text,
-     "description", "logginginfo/scene", Place::before},
-    {"Scene", name_chain("logginginfo/scene"), Which::every_match},
-    {"Shot/Take", name_chain("logginginfo/shottake"), Which::every_match},
-    {"Angle", name_chain("defaultangle"), Which::first_match, Value::cell_text, "defaultangle",
-     "media", Place::after},
-    {"Log Note", name_chain("logginginfo/lognote"), Which::every_match},
-    {"Master Comment 1", name_chain("comments/mastercomment1"), Which::every_match},
-    {"Master Comment 2", name_chain("comments/mastercomment2"), Which::every_match},
-    {"Master Comment 3", name_chain("comments/mastercomment3"), Which::every_match},
-    {"Master Comment 4", name_chain("comments/mastercomment4"), Which::every_match},
-    {"Comment 1", name_chain("comments/clipcommenta"), Which::first_match, Value::cell_text,
-     "clipcommenta", "comments/mastercomment4", Place::after},
-    {"Comment 2", name_chain("comments/clipcommentb"), Which::first_match, Value::cell_text,
-     "clipcommentb", "comments/mastercomment4", Place::after},
-}};
-
-// What one walk of the clip looks for: each field's elements, then the one anchor that is no
-// field's ("media").
-constexpr std::array<Selector, kLoggingFields.size() + 1> kLookups = [] {
-  std::array<Selector, kLoggingFields.size() + 1> lookups;
-  for (std::size_t i = 0; i < kLoggingFields.size(); ++i) lookups[i] = kLoggingFields[i].selector;
-  lookups.back() = name_chain("media");
-  return lookups;
+// The logging columns in table order: "Label" creates its element before "Label 2" sets the first
+// label2, and "Comment 2" lands between mastercomment4 and a clipcommenta that "Comment 1" just
+// created.
+constexpr std::array<SheetColumn, kFieldCount> kLoggingFields = [] {
+  std::array<SheetColumn, kFieldCount> fields{};
+  std::ranges::copy_if(kSheetColumns, fields.begin(), is_logging_field);
+  return fields;
 }();
 
-// The position in kLookups of a field's anchor.
-constexpr std::size_t anchor_lookup(const LoggingField& field) {
-  std::size_t i = 0;
-  while (i + 1 < kLookups.size() && kLookups[i].text != field.anchor) ++i;
-  return i;
-}
-static_assert(anchor_lookup(kLoggingFields[1]) == 2 && anchor_lookup(kLoggingFields[6]) == 14);
+// The anchors that are no field's own elements ("media").
+constexpr std::size_t kOtherAnchors = [] {
+  std::size_t count = 0;
+  for (const SheetColumn& field : kLoggingFields) {
+    if (field.write == ElementWrite::first_match &&
+        std::ranges::find(kLoggingFields, field.anchor, &SheetColumn::element) ==
+            kLoggingFields.end()) {
+      ++count;
+    }
+  }
+  return count;
+}();
+
+// What one walk of the clip looks for: each field's elements, then the anchors that are no
+// field's; and, for each field, where in that list its anchor is.
+struct Lookups {
+  std::array<Selector, kFieldCount + kOtherAnchors> selectors{};
+  std::array<std::size_t, kFieldCount> anchor{};
+};
+
+constexpr Lookups kLookups = [] {
+  Lookups lookups;
+  std::size_t count = 0;
+  const auto index_of = [&](std::string_view text) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (lookups.selectors[i].text == text) return i;
+    }
+    lookups.selectors[count] = *parse_selector(text);
+    return count++;
+  };
+  for (const SheetColumn& field : kLoggingFields) index_of(field.element);
+  for (std::size_t i = 0; i < kFieldCount; ++i) {
+    if (kLoggingFields[i].write == ElementWrite::first_match) {
+      lookups.anchor[i] = index_of(kLoggingFields[i].anchor);
+    }
+  }
+  return lookups;
+}();
 
 // The elements of one walk that are still in the clip: a field that replaces an element's text
 // takes the elements below it out of the tree. Fields only ever add elements that match their
@@ -82,26 +79,24 @@ std::vector<Element> still_in(Element clip, const std::vector<Element>& found) {
   return in_clip;
 }
 
-void set_required(Element found, const LoggingField& field, const std::string& text) {
-  require_found(found, field.selector.text, fmt::format(" to hold \"{}\"", field.header))
-      .set_text(text);
+void set_required(Element found, const SheetColumn& field, const std::string& text) {
+  require_found(found, field.element, fmt::format(" to hold \"{}\"", field.header)).set_text(text);
 }
 
-void set_or_create(Element found, Element anchor, const LoggingField& field,
-                   const std::string& text, Document& document) {
+void set_or_create(Element found, Element anchor, const SheetColumn& field, const std::string& text,
+                   Document& document) {
   if (found) {
     found.set_text(text);
     return;
   }
   if (!anchor) {
     throw Error(fmt::format("no {} element for \"{}\", and no {} element to insert one {}",
-                            element_path(field.selector.text), field.header,
-                            element_path(field.anchor),
-                            field.place == Place::before ? "before" : "after"));
+                            element_path(field.element), field.header, element_path(field.anchor),
+                            field.placement == Placement::before ? "before" : "after"));
   }
   Element created = document.create_element(field.new_element);
   created.set_text(text);
-  if (field.place == Place::before) {
+  if (field.placement == Placement::before) {
     anchor.insert_before(created);
   } else {
     anchor.insert_after(created);
@@ -114,20 +109,6 @@ Element first_or_none(const std::vector<Element>& elements) {
 
 }  // namespace
 
-std::vector<std::string_view> logging_field_headers() {
-  std::vector<std::string_view> headers;
-  for (const LoggingField& field : kLoggingFields) headers.push_back(field.header);
-  return headers;
-}
-
-std::vector<LoggingFieldElement> logging_field_elements() {
-  std::vector<LoggingFieldElement> elements;
-  for (const LoggingField& field : kLoggingFields) {
-    elements.push_back({field.header, field.selector.text, field.which != Which::every_match});
-  }
-  return elements;
-}
-
 std::string good_flag(std::string_view cell) {
   std::string lowered(cell);
   std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {
@@ -137,24 +118,26 @@ std::string good_flag(std::string_view cell) {
 }
 
 void apply_logging_fields(Element clip, const LogRow& row, Document& document) {
-  const std::vector<std::vector<Element>> found = clip.all_of(kLookups);
-  for (std::size_t i = 0; i < kLoggingFields.size(); ++i) {
-    const LoggingField& field = kLoggingFields[i];
+  const std::vector<std::vector<Element>> found = clip.all_of(kLookups.selectors);
+  for (std::size_t i = 0; i < kFieldCount; ++i) {
+    const SheetColumn& field = kLoggingFields[i];
     const std::string* cell = row.field(field.header);
     if (cell == nullptr) continue;
-    const std::string text = field.value == Value::good_flag ? good_flag(*cell) : *cell;
+    const std::string text = field.role == ColumnRole::good ? good_flag(*cell) : *cell;
     const std::vector<Element> elements = still_in(clip, found[i]);
-    switch (field.which) {
-      case Which::every_match:
+    switch (field.write) {
+      case ElementWrite::every_match:
         for (Element element : elements) element.set_text(text);
         break;
-      case Which::first_match:
+      case ElementWrite::first_match:
         set_or_create(first_or_none(elements),
-                      first_or_none(still_in(clip, found[anchor_lookup(field)])), field, text,
+                      first_or_none(still_in(clip, found[kLookups.anchor[i]])), field, text,
                       document);
         break;
-      case Which::required:
+      case ElementWrite::required:
         set_required(first_or_none(elements), field, text);
+        break;
+      case ElementWrite::none:
         break;
     }
   }

@@ -5,21 +5,21 @@
 
 #include "document/document.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 
 namespace pellago {
 
-struct MergeCollector;
+struct MergeObserver;
 
 struct MergedDocument {
   MergeReport report;
   std::optional<Document> document;  // none when the sheet is not a log sheet or the host cancelled
 };
 
-// The whole merge in memory, without writing anything: what add_log_notes writes out. A collector
-// is told each step as it happens; a plain merge passes none.
+// The whole merge in memory, without writing anything: what add_log_notes writes out. An
+// observer is told each step as it happens; a plain merge passes none.
 MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
-                              const Host& host, MergeCollector* collector);
+                              const Host& host, MergeObserver* observer);
 
 // A row whose fields are all empty text and that has no marker.
 bool is_blank(const LogRow& row);

@@ -4,7 +4,7 @@
 
 #include "document/document.hpp"
 #include "merge/clip_match.hpp"
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
 
 namespace pellago {

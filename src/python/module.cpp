@@ -13,10 +13,10 @@
 #include <variant>
 #include <vector>
 
+#include "check/check.hpp"
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge/check.hpp"
-#include "merge/log_sheet_file.hpp"
+#include "sheet/log_sheet_file.hpp"
 #include "timecode/to_frames.hpp"
 #include "version.hpp"
 
@@ -165,7 +165,7 @@ py::object header_value(const Cell& header) {
 Sheet sheet_for_python(const LogSheet& log_sheet) {
   Sheet sheet;
   for (const Cell& header : log_sheet.headers) sheet.headers.append(header_value(header));
-  int number = kFirstLogRow;
+  int number = kFirstDataRow;
   for (const LogRow& row : log_sheet.rows) {
     PySheetRow entry{.number = number++, .fields = py::dict(), .markers = py::list()};
     for (std::size_t i = 0; i < row.headers->size(); ++i) {

@@ -7,7 +7,7 @@
 set -u
 pellago=$1
 source_dir=$2
-data="$source_dir/tests/merge/data"
+data="$source_dir/tests/check/data"
 project="$source_dir/examples/project.xml"
 source "$(dirname "$0")/common.sh"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago {
 namespace {

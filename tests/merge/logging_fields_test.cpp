@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "error.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago {
 namespace {

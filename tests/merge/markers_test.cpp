@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "merge/logging_fields.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago {
 namespace {

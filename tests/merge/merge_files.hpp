@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 #include "workbook/workbook.hpp"
 
 namespace pellago::merge_test {

@@ -9,7 +9,7 @@
 
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago::merge_test {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago::merge_test {
 namespace {

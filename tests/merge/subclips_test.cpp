@@ -4,7 +4,7 @@
 #include <string>
 
 #include "merge/add_log_notes.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago::merge_test {
 namespace {

@@ -22,7 +22,7 @@ import pellago
 CLI = os.environ["PELLAGO_CLI"]
 MAKE_EXPORT = os.environ["PELLAGO_MAKE_EXPORT"]
 EXAMPLES = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "examples"
-CHECK_SHEETS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "merge" / "data"
+CHECK_SHEETS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "check" / "data"
 WORKBOOKS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "workbook" / "data"
 SHEET = EXAMPLES / "log_sheet.xlsx"
 PROJECT = EXAMPLES / "project.xml"

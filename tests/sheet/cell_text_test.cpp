@@ -1,4 +1,4 @@
-#include "merge/cell_text.hpp"
+#include "sheet/cell_text.hpp"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>

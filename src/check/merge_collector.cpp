@@ -1,15 +1,15 @@
-#include "merge/merge_collector.hpp"
+#include "check/merge_collector.hpp"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "merge/aux_timecodes.hpp"
-#include "merge/cell_text.hpp"
+#include "check/near_names.hpp"
 #include "merge/logging_fields.hpp"
 #include "merge/markers.hpp"
 #include "merge/merge_document.hpp"
-#include "merge/near_names.hpp"
+#include "sheet/cell_text.hpp"
+#include "sheet/columns.hpp"
 #include "timecode/frame_rate.hpp"
 #include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
@@ -18,19 +18,9 @@ namespace pellago {
 
 namespace {
 
-constexpr int kFirstDataRow = 2;
 // Names compared in the search for the closest clip names to the rows that match none, over the
 // whole sheet: a few seconds at most, however many rows and clips.
 constexpr std::size_t kNameComparisons = 100'000'000;
-
-int sheet_row(std::size_t row_position) { return static_cast<int>(row_position) + kFirstDataRow; }
-
-std::vector<std::string> read_headers() {
-  std::vector<std::string> headers{"Name", "In", "Out", "Subclip Name"};
-  for (std::string_view header : logging_field_headers()) headers.emplace_back(header);
-  for (std::string_view header : aux_timecode_headers()) headers.emplace_back(header);
-  return headers;
-}
 
 std::vector<std::string> to_strings(const std::vector<std::string_view>& views) {
   return {views.begin(), views.end()};
@@ -86,11 +76,8 @@ std::optional<std::string> time_of_day(std::string_view text) {
 
 // The headers whose cells the merge writes into the document as text.
 bool is_text_header(std::string_view header) {
-  if (header == "Subclip Name" || header == "Marker Name" || header == "Marker Comment") {
-    return true;
-  }
-  const std::vector<std::string_view> fields = logging_field_headers();
-  return header != "Good" && std::find(fields.begin(), fields.end(), header) != fields.end();
+  const std::optional<SheetColumn> column = find_column(header);
+  return column && writes_text(column->role);
 }
 
 // The cell's number as a person typed it ("12" for the cell text "12.0"), when the cell is a
@@ -196,31 +183,6 @@ std::vector<std::pair<std::string, std::string>> leaves_of(Element element) {
   return leaves;
 }
 
-// The columns of each listed marker of a sheet row: its "Marker Timecode" column and the last
-// "Marker Color" column of its group (0 when the group has none), in the order of the row's
-// markers. A group is listed when its timecode cell is not empty.
-struct MarkerColumns {
-  int timecode = 0;
-  int color = 0;
-};
-
-std::vector<MarkerColumns> marker_columns(const Workbook& workbook,
-                                          const std::vector<Cell>& headers, int row) {
-  std::vector<MarkerColumns> listed;
-  bool in_listed_group = false;
-  for (int column = 1; column <= static_cast<int>(headers.size()); ++column) {
-    const auto* header = std::get_if<std::string>(&headers[column - 1]);
-    if (!header) continue;
-    if (*header == "Marker Timecode") {
-      in_listed_group = !cell_text(workbook.cell(row, column)).empty();
-      if (in_listed_group) listed.push_back({column, 0});
-    } else if (*header == "Marker Color" && in_listed_group) {
-      listed.back().color = column;
-    }
-  }
-  return listed;
-}
-
 bool is_clip(xmlNodePtr node) {
   return node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, BAD_CAST "clip");
 }
@@ -305,7 +267,7 @@ void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell
 }
 
 void MergeCollector::check_headers() {
-  const std::vector<std::string> read = read_headers();
+  const std::vector<std::string> read = to_strings(row_headers());
   const std::vector<std::string> markers = to_strings(marker_headers());
   // What the merge reads, and the columns an export shows what clips hold in: they are meant.
   std::vector<std::string> meant = read;
@@ -347,7 +309,7 @@ void MergeCollector::check_headers() {
   }
 }
 
-void MergeCollector::document_read(const Document& document, const std::string& xml_path) {
+void MergeCollector::document_read(Document& document, const std::string& xml_path) {
   const RecoveredErrors& errors = document.recovered_errors();
   if (errors.count > 0) {
     add(FindingKind::recovered_xml, Severity::warning, std::nullopt, std::nullopt, std::nullopt,
@@ -463,8 +425,7 @@ void MergeCollector::check_words(const ClipMatch& match, std::size_t j, const Cl
   if (match.several && in && out && !in->empty() && !out->empty()) {
     converting = column("In");
   } else if (!row.markers.empty()) {
-    const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
-    if (!columns.empty()) converting = column_at(columns.front().timecode);
+    converting = column_at(row.markers.front().timecode_column);
   }
   if (converting && !timing.rate && upper_ascii(timing.ntsc) != timing.ntsc &&
       find_frame_rate(FRAME_RATES, timing.timebase, upper_ascii(timing.ntsc))) {
@@ -483,7 +444,8 @@ void MergeCollector::check_words(const ClipMatch& match, std::size_t j, const Cl
   }
   const Element file_format = match.clips[j].first("file/timecode/displayformat");
   if (!file_format || file_format.text() == "DF" || upper_ascii(file_format.text()) != "DF") return;
-  for (std::string_view header : aux_timecode_headers()) {
+  for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
+    const std::string_view header = aux.header;
     const std::string* value = row.field(header);
     if (!value || value->empty()) continue;
     add(FindingKind::word_case, Severity::warning, at, column(header), clip,
@@ -504,16 +466,14 @@ void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip)
         "write \"yes\"");
   }
   const std::vector<std::string> colors = to_strings(marker_color_names());
-  const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
-  for (std::size_t i = 0; i < row.markers.size(); ++i) {
-    const MarkerEntry& marker = row.markers[i];
+  for (const MarkerEntry& marker : row.markers) {
     if (!marker.color || marker.color->empty() ||
         std::find(colors.begin(), colors.end(), *marker.color) != colors.end()) {
       continue;
     }
     std::vector<std::string> near = closest(*marker.color, colors, 1);
-    add(FindingKind::unknown_marker_color, Severity::warning, at,
-        i < columns.size() ? column_at(columns[i].color) : std::nullopt, clip,
+    add(FindingKind::unknown_marker_color, Severity::warning, at, column_at(marker.color_column),
+        clip,
         fmt::format("the marker at \"{}\" has the colour \"{}\", which is not in the colour table "
                     "({}); the marker will be red",
                     marker.timecode, *marker.color, fmt::join(colors, ", ")),
@@ -617,11 +577,9 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
           "swap In and Out");
     }
   }
-  const std::vector<MarkerColumns> columns = marker_columns(*workbook_, headers_, at);
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
     const MarkerEntry& marker = row.markers[i];
-    const std::optional<Column> where =
-        i < columns.size() ? column_at(columns[i].timecode) : std::nullopt;
+    const std::optional<Column> where = column_at(marker.timecode_column);
     const auto frame =
         checked_frame(marker.timecode, cell(where, "marker timecode"), timing, clip_duration);
     const std::string name = marker.name ? *marker.name : fmt::format("Marker {}", i + 1);
@@ -634,7 +592,8 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
         "merge into the export the earlier merge started from, or take the marker out of the row");
   }
   if (!match.clips[j].first("file/timecode/displayformat")) return;
-  for (std::string_view header : aux_timecode_headers()) {
+  for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
+    const std::string_view header = aux.header;
     const std::string* value = row.field(header);
     if (!value || value->empty() || is_timecode(*value, timing.timebase)) continue;
     add(FindingKind::not_a_timecode, Severity::warning, at, column(header), clip,

@@ -1,4 +1,4 @@
-#include "merge/near_names.hpp"
+#include "check/near_names.hpp"
 
 #include <utf8proc.h>
 

@@ -23,7 +23,7 @@
 //   sheet has rows (clips sharing a name make the sheet shorter than the clip list); a document
 //   with a clip whose name is empty gets no blank rows, as they would all match that clip, and
 //   there notes for clips beyond the sheet's row count stay unwritten.
-#include "merge/export_sheet.hpp"
+#include "export/export_sheet.hpp"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -34,11 +34,11 @@
 #include <string>
 #include <vector>
 
+#include "check/check.hpp"
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge/check.hpp"
 #include "merge/merge_document.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago::merge_test {
 namespace {

@@ -1,10 +1,10 @@
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "error.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago {
 namespace {

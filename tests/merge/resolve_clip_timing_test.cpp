@@ -1,4 +1,4 @@
-#include "timecode/clip_timing.hpp"
+#include "merge/resolve_clip_timing.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

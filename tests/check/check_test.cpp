@@ -1,4 +1,4 @@
-#include "merge/check.hpp"
+#include "check/check.hpp"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -12,7 +12,7 @@
 
 #include "document/document.hpp"
 #include "merge/add_log_notes.hpp"
-#include "merge_files.hpp"
+#include "merge/merge_files.hpp"
 
 namespace pellago::merge_test {
 namespace {
@@ -124,13 +124,13 @@ TEST_F(CheckTest, ChangesAreExactlyWhatTheMergeWrites) {
     expect_changes_are_the_merge(data_path(sheet), project);
   }
   expect_changes_are_the_merge(data_path("check_second_look.xlsx"),
-                               data_path("merge_example_logged.xml"));
+                               source_path("tests/merge/data/merge_example_logged.xml"));
 }
 
 // The day logged again, into the merge's own output, as loggers type: every finding names its
 // row, column and clip and says what to write instead.
 TEST_F(CheckTest, SecondLookFindingsSayWhereAndWhatToWrite) {
-  std::string logged = read_data("merge_example_logged.xml");
+  std::string logged = read_file(source_path("tests/merge/data/merge_example_logged.xml"));
   logged = replace_after(logged, "<clip id=\"B001_C001_0611CD\">",
                          "<displayformat>DF</displayformat>", "<displayformat>df</displayformat>");
   write_file(path("logged.xml"), logged);

@@ -1,4 +1,4 @@
-#include "merge/export_sheet.hpp"
+#include "export/export_sheet.hpp"
 
 #include <fmt/format.h>
 #include <stdlib.h>
@@ -16,11 +16,11 @@
 
 #include "document/document.hpp"
 #include "error.hpp"
-#include "merge/log_sheet.hpp"
-#include "merge/logging_fields.hpp"
 #include "merge/output_file.hpp"
 #include "merge/required_element.hpp"
-#include "timecode/clip_timing.hpp"
+#include "merge/resolve_clip_timing.hpp"
+#include "sheet/columns.hpp"
+#include "sheet/log_sheet.hpp"
 #include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
 #include "workbook/workbook.hpp"
@@ -34,81 +34,40 @@ namespace fs = std::filesystem;
 // What a column of the merge holds for a clip.
 enum class Content { name, point, good, text, empty };
 
-// The columns of the merge in the order of the sheet, with their widths.
-struct ExportColumn {
-  std::string_view header;
-  Content content;
-  double width;
-  std::string_view point = {};  // for Content::point: the element, which the merge adds if missing
-};
-
-constexpr std::array<ExportColumn, 24> kExportColumns{{
-    {"Name", Content::name, 28},
-    {"In", Content::point, 13, "in"},
-    {"Out", Content::point, 13, "out"},
-    {"Subclip Name", Content::empty, 20},
-    {"Good", Content::good, 7},
-    {"Label", Content::text, 14},
-    {"Label 2", Content::text, 14},
-    {"Description", Content::text, 28},
-    {"Scene", Content::text, 12},
-    {"Shot/Take", Content::text, 12},
-    {"Log Note", Content::text, 28},
-    {"Angle", Content::text, 10},
-    {"Master Comment 1", Content::text, 20},
-    {"Master Comment 2", Content::text, 20},
-    {"Master Comment 3", Content::text, 20},
-    {"Master Comment 4", Content::text, 20},
-    {"Comment 1", Content::text, 20},
-    {"Comment 2", Content::text, 20},
-    {"Marker Timecode", Content::empty, 16},
-    {"Marker Name", Content::empty, 16},
-    {"Marker Comment", Content::empty, 20},
-    {"Marker Color", Content::empty, 13},
-    {"Aux TC 1", Content::empty, 13},
-    {"Aux TC 2", Content::empty, 13},
-}};
-
-struct MergeColumn {
-  std::string_view header;
-  Content content;
-  double width;
-  // The element the cell is read from and that the merge writes; for point, good and text.
-  std::string_view selector;
-  // The merge adds the element, or fails, when a clip lacks it: the column is left out then.
-  bool needs_element = false;
-};
-
-// Each export column with the element the merge writes its cells into.
-std::vector<MergeColumn> merge_columns() {
-  const std::vector<LoggingFieldElement> logged = logging_field_elements();
-  std::vector<MergeColumn> columns;
-  for (const ExportColumn& column : kExportColumns) {
-    MergeColumn merge{column.header, column.content, column.width, column.point,
-                      column.content == Content::point};
-    if (column.content == Content::good || column.content == Content::text) {
-      const auto field = std::ranges::find(logged, column.header, &LoggingFieldElement::header);
-      merge.selector = field->selector;
-      merge.needs_element = field->first_match_only;
-    }
-    columns.push_back(merge);
+constexpr Content content_of(ColumnRole role) {
+  switch (role) {
+    case ColumnRole::name:
+      return Content::name;
+    case ColumnRole::in_point:
+    case ColumnRole::out_point:
+      return Content::point;
+    case ColumnRole::good:
+      return Content::good;
+    case ColumnRole::logging_text:
+      return Content::text;
+    default:
+      return Content::empty;
   }
-  return columns;
+}
+
+// The merge adds the element its cells go into, or fails, when a clip lacks it: an In or Out
+// point, and a logging field that is not written into every match.
+constexpr bool needs_element(const SheetColumn& column) {
+  const Content content = content_of(column.role);
+  return content == Content::point || (content != Content::empty && content != Content::name &&
+                                       column.write != ElementWrite::every_match);
 }
 
 // Columns after the merge's, with headers it ignores: what the clips hold already, for the logger
-// to see. One group per marker, as many as the clip with the most markers needs; an aux column
-// when some clip has that aux timecode.
-constexpr std::array<std::string_view, 3> kMarkerInProject{"Marker Timecode", "Marker Name",
-                                                           "Marker Comment"};
-struct AuxInProject {
-  std::string_view header;
-  std::string_view source;  // the timecode element's <source>
-};
-constexpr std::array<AuxInProject, 2> kAuxInProject{{{"Aux TC 1", "aux1"}, {"Aux TC 2", "aux2"}}};
+// to see. One group of the marker timecode, name and comment per marker, as many as the clip with
+// the most markers needs; an aux column when some clip has that aux timecode.
+constexpr std::array<std::string_view, 3> kMarkerInProject{header_of<ColumnRole::marker_timecode>(),
+                                                           header_of<ColumnRole::marker_name>(),
+                                                           header_of<ColumnRole::marker_comment>()};
+constexpr auto kAuxColumns = columns_of<ColumnRole::aux_timecode>();
 constexpr double kInProjectWidth = 16;
 
-struct SheetColumn {
+struct WrittenColumn {
   std::string header;
   double width;
 };
@@ -180,15 +139,15 @@ std::optional<std::string> first_lacking(const std::vector<NamedClips>& names,
 }
 
 // The merge columns to write: those that need an element only when every clip holds it.
-std::vector<MergeColumn> written_columns(const std::vector<NamedClips>& names,
+std::vector<SheetColumn> written_columns(const std::vector<NamedClips>& names,
                                          ExportReport& report) {
-  std::vector<MergeColumn> columns;
-  for (const MergeColumn& column : merge_columns()) {
+  std::vector<SheetColumn> columns;
+  for (const SheetColumn& column : kSheetColumns) {
     const auto lacking =
-        column.needs_element ? first_lacking(names, column.selector) : std::nullopt;
+        needs_element(column) ? first_lacking(names, column.element) : std::nullopt;
     if (lacking) {
       report.columns_left_out.push_back(
-          {std::string(column.header), *lacking, element_path(column.selector)});
+          {std::string(column.header), *lacking, element_path(column.element)});
     } else {
       columns.push_back(column);
     }
@@ -210,18 +169,18 @@ std::string point_text(Element point, const ClipTiming& timing) {
 
 std::string text_of(Element element) { return element ? element.text() : std::string(); }
 
-std::string cell_text(const MergeColumn& column, const NamedClips& named,
+std::string cell_text(const SheetColumn& column, const NamedClips& named,
                       const ClipTiming& timing) {
   const Element clip = named.clips.front();
-  switch (column.content) {
+  switch (content_of(column.role)) {
     case Content::name:
       return named.name;
     case Content::point:
-      return point_text(clip.first(column.selector), timing);
+      return point_text(clip.first(column.element), timing);
     case Content::good:
-      return text_of(clip.first(column.selector)) == "TRUE" ? "yes" : "";
+      return text_of(clip.first(column.element)) == "TRUE" ? "yes" : "";
     case Content::text:
-      return text_of(clip.first(column.selector));
+      return text_of(clip.first(column.element));
     case Content::empty:
       break;
   }
@@ -240,8 +199,8 @@ std::vector<std::array<std::string, 3>> markers_in_project(Element clip, const C
 
 // An auxiliary timecode as the merge would read it back from "Aux TC 1" or "Aux TC 2": at the
 // clip's timebase and the display format of the file's own timecode.
-std::string aux_in_project(Element clip, const ClipTiming& timing, std::string_view source) {
-  const Element aux = clip.first_xpath(fmt::format(".//timecode[source=\"{}\"]", source));
+std::string aux_in_project(Element clip, const ClipTiming& timing, std::string_view selector) {
+  const Element aux = clip.first(selector);
   if (!aux) return {};
   const Element file_format = clip.first("file/timecode/displayformat");
   return to_timecode(read_integer(text_of(aux.first("frame"))),
@@ -250,7 +209,7 @@ std::string aux_in_project(Element clip, const ClipTiming& timing, std::string_v
 }
 
 struct Sheet {
-  std::vector<SheetColumn> columns;
+  std::vector<WrittenColumn> columns;
   std::vector<SheetRow> rows;
   std::size_t blank_rows = 0;  // after the rows
 };
@@ -271,25 +230,25 @@ std::size_t blank_rows_needed(const Document& document, const std::vector<NamedC
   return rows_needed > names.size() ? rows_needed - names.size() : 0;
 }
 
-Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<MergeColumn>& columns) {
+Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<SheetColumn>& columns) {
   Sheet sheet;
-  for (const MergeColumn& column : columns) {
-    sheet.columns.push_back({std::string(column.header), column.width});
+  for (const SheetColumn& column : columns) {
+    sheet.columns.push_back({std::string(column.header), column.export_width});
   }
   std::vector<std::vector<std::array<std::string, 3>>> markers;
-  std::array<std::vector<std::string>, 2> aux;
+  std::array<std::vector<std::string>, kAuxColumns.size()> aux;
   std::size_t marker_groups = 0;
-  std::array<bool, 2> aux_held{};
+  std::array<bool, kAuxColumns.size()> aux_held{};
   for (const NamedClips& named : names) {
     const Element clip = named.clips.front();
     const ClipTiming timing = resolve_clip_timing(clip, FRAME_RATES);
     SheetRow row{named.name, {}};
-    for (const MergeColumn& column : columns) row.cells.push_back(cell_text(column, named, timing));
+    for (const SheetColumn& column : columns) row.cells.push_back(cell_text(column, named, timing));
     sheet.rows.push_back(std::move(row));
     markers.push_back(markers_in_project(clip, timing));
     marker_groups = std::max(marker_groups, markers.back().size());
-    for (std::size_t i = 0; i < 2; ++i) {
-      aux[i].push_back(aux_in_project(clip, timing, kAuxInProject[i].source));
+    for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
+      aux[i].push_back(aux_in_project(clip, timing, kAuxColumns[i].element));
       aux_held[i] = aux_held[i] || !aux[i].back().empty();
     }
   }
@@ -303,9 +262,9 @@ Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<MergeColu
       }
     }
   }
-  for (std::size_t i = 0; i < 2; ++i) {
+  for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
     if (!aux_held[i]) continue;
-    sheet.columns.push_back({in_project_header(kAuxInProject[i].header), kInProjectWidth});
+    sheet.columns.push_back({in_project_header(kAuxColumns[i].header), kInProjectWidth});
     for (std::size_t r = 0; r < sheet.rows.size(); ++r) sheet.rows[r].cells.push_back(aux[i][r]);
   }
   return sheet;

@@ -1,41 +1,24 @@
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 
 #include <fmt/format.h>
 
-#include <array>
 #include <unordered_map>
 #include <utility>
 
 #include "document/xml_text.hpp"
 #include "error.hpp"
-#include "merge/cell_text.hpp"
+#include "sheet/cell_text.hpp"
+#include "sheet/columns.hpp"
 
 namespace pellago {
 
 namespace {
 
-constexpr int kFirstDataRow = 2;
-
-enum class ColumnRole { field, marker_timecode, marker_name, marker_comment, marker_color };
-
-struct MarkerHeader {
-  std::string_view text;
-  ColumnRole role;
-};
-
-// The marker headers, matched exactly. Any other header containing "Marker" is ignored.
-constexpr std::array<MarkerHeader, 4> kMarkerHeaders{{
-    {"Marker Timecode", ColumnRole::marker_timecode},
-    {"Marker Name", ColumnRole::marker_name},
-    {"Marker Comment", ColumnRole::marker_comment},
-    {"Marker Color", ColumnRole::marker_color},
-}};
-
 // What one used column of the sheet feeds; ignored columns have no plan and are never read.
 struct ColumnPlan {
-  int column = 0;  // 1-based
-  ColumnRole role = ColumnRole::field;
-  std::size_t slot = 0;  // index into the shared headers, for a field column
+  int column = 0;                      // 1-based
+  std::optional<ColumnRole> marker{};  // the column's place in a marker group; none for a field
+  std::size_t slot = 0;                // index into the shared headers, for a field column
 };
 
 struct SheetPlan {
@@ -55,13 +38,12 @@ const std::string& header_text(const Cell& header, int column) {
                   where, cell_kind_name(header), cell_text(header)));
 }
 
-// The role of a column under `header`, or none for a marker-like header that is ignored.
-std::optional<ColumnRole> column_role(const std::string& header) {
-  if (header.find("Marker") == std::string::npos) return ColumnRole::field;
-  for (const MarkerHeader& marker : kMarkerHeaders) {
-    if (header == marker.text) return marker.role;
-  }
-  return std::nullopt;
+// The marker group role of a column under a header holding "Marker": such a column is read only
+// when its header is exactly one of a marker group's, and ignored otherwise (none).
+std::optional<ColumnRole> marker_role(const std::string& header) {
+  const std::optional<SheetColumn> column = find_column(header);
+  if (!column || !is_marker_role(column->role)) return std::nullopt;
+  return column->role;
 }
 
 SheetPlan plan_columns(const std::vector<Cell>& header_row) {
@@ -71,10 +53,11 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row) {
   for (std::size_t i = 0; i < header_row.size(); ++i) {
     const int column = static_cast<int>(i) + 1;
     const std::string& header = header_text(header_row[i], column);
-    const std::optional<ColumnRole> role = column_role(header);
-    if (!role) continue;
-    ColumnPlan plan{column, *role};
-    if (*role == ColumnRole::field) {
+    ColumnPlan plan{.column = column};
+    if (header.find("Marker") != std::string::npos) {
+      plan.marker = marker_role(header);
+      if (!plan.marker) continue;
+    } else {
       const auto [slot, added] = slots.try_emplace(header, headers->size());
       if (added) headers->push_back(header);
       plan.slot = slot->second;
@@ -112,13 +95,14 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
   for (const ColumnPlan& column : plan.columns) {
     std::string text = cell_text(workbook.cell(row, column.column));
     require_xml_text(text, row, column.column);
-    switch (column.role) {
-      case ColumnRole::field:
-        if (!text.empty() && column.slot >= log_row.values.size()) {
-          log_row.values.resize(column.slot + 1);
-        }
-        if (column.slot < log_row.values.size()) log_row.values[column.slot] = std::move(text);
-        break;
+    if (!column.marker) {
+      if (!text.empty() && column.slot >= log_row.values.size()) {
+        log_row.values.resize(column.slot + 1);
+      }
+      if (column.slot < log_row.values.size()) log_row.values[column.slot] = std::move(text);
+      continue;
+    }
+    switch (*column.marker) {
       case ColumnRole::marker_timecode:
         if (text.empty()) {
           unlisted = MarkerEntry{};
@@ -126,6 +110,7 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
         } else {
           marker = &log_row.markers.emplace_back();
           marker->timecode = std::move(text);
+          marker->timecode_column = column.column;
         }
         break;
       case ColumnRole::marker_name:
@@ -134,8 +119,9 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
       case ColumnRole::marker_comment:
         marker->comment = std::move(text);
         break;
-      case ColumnRole::marker_color:
+      default:
         marker->color = lower_ascii(std::move(text));
+        marker->color_column = column.column;
         break;
     }
   }
@@ -143,12 +129,6 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
 }
 
 }  // namespace
-
-std::vector<std::string_view> marker_headers() {
-  std::vector<std::string_view> headers;
-  for (const MarkerHeader& marker : kMarkerHeaders) headers.push_back(marker.text);
-  return headers;
-}
 
 std::string in_project_header(std::string_view header) {
   return fmt::format("{} (in project)", header);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "merge/findings.hpp"
+#include "check/findings.hpp"
 
 namespace pellago {
 

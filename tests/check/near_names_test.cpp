@@ -1,4 +1,4 @@
-#include "merge/near_names.hpp"
+#include "check/near_names.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ TEST(ClosestTest, NearestFirstEachNameOnce) {
               testing::ElementsAre("A001_C002", "A001_C001", "B001_C001"));
   EXPECT_THAT(closest("A001_C01", index, 1), testing::ElementsAre("A001_C001"));
   EXPECT_THAT(closest("D", index, 3), testing::IsEmpty());  // too short to be near anything
-  EXPECT_EQ(comparisons("A001_C00l", index), 4u);  // the names of 7 to 11 letters
+  EXPECT_EQ(comparisons("A001_C00l", index), 4u);           // the names of 7 to 11 letters
   EXPECT_EQ(comparisons("D", index), 1u);
 }
 

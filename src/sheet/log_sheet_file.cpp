@@ -1,4 +1,4 @@
-#include "merge/log_sheet_file.hpp"
+#include "sheet/log_sheet_file.hpp"
 
 #include <fmt/format.h>
 

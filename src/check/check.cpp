@@ -1,9 +1,9 @@
-#include "merge/check.hpp"
+#include "check/check.hpp"
 
 #include <array>
 
+#include "check/merge_collector.hpp"
 #include "error.hpp"
-#include "merge/merge_collector.hpp"
 #include "merge/merge_document.hpp"
 
 namespace pellago {

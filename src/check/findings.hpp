@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "merge/add_log_notes.hpp"
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 
 namespace pellago {
 

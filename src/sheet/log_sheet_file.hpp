@@ -4,13 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "merge/log_sheet.hpp"
+#include "sheet/log_sheet.hpp"
 #include "workbook/workbook.hpp"
 
 namespace pellago {
-
-// The sheet row that LogSheet::rows[0] comes from.
-inline constexpr int kFirstLogRow = 2;
 
 // A whole log sheet as the merge reads it.
 struct LogSheet {

@@ -10,12 +10,20 @@
 
 namespace pellago {
 
+// The sheet row of the first data row, as a spreadsheet numbers it; row 1 holds the headers.
+inline constexpr int kFirstDataRow = 2;
+
+// The sheet row of the LogRow at `position` (0-based) in the list of a sheet's rows.
+constexpr int sheet_row(std::size_t position) { return static_cast<int>(position) + kFirstDataRow; }
+
 // One marker of a row. timecode is never empty; the others are absent when their column is.
 struct MarkerEntry {
   std::string timecode;
   std::optional<std::string> name;
   std::optional<std::string> comment;
   std::optional<std::string> color;  // lower-cased (ASCII A-Z only)
+  int timecode_column = 0;           // the sheet columns they were read from (1-based); 0 for none
+  int color_column = 0;
 };
 
 // One data row of the log sheet.
@@ -34,10 +42,6 @@ struct LogRow {
   // The cell text under (*headers)[slot]; the empty text past the end of values.
   const std::string& value(std::size_t slot) const;
 };
-
-// The four headers of a marker group, "Marker Timecode" first. Any other header holding "Marker"
-// is ignored.
-std::vector<std::string_view> marker_headers();
 
 // The header of a column showing what a clip holds already under `header`, a header the merge
 // reads: "Marker Timecode (in project)". The merge reads no such column; the export writes them.

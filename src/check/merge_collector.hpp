@@ -9,10 +9,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "check/findings.hpp"
 #include "document/document.hpp"
 #include "merge/clip_match.hpp"
-#include "merge/findings.hpp"
-#include "merge/log_sheet.hpp"
+#include "merge/merge_observer.hpp"
+#include "sheet/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
 #include "workbook/workbook.hpp"
 
@@ -24,24 +25,18 @@ using ClipsByName = std::unordered_map<std::string, std::vector<const ClipRef*>>
 // Told by the merge driver what it reads and does, it writes findings (and, when asked, the
 // document changes it observes) into a CheckReport. Each call comes from the driver at the named
 // point of the merge; the collector never changes what the merge does.
-struct MergeCollector final : EditObserver {
+struct MergeCollector final : MergeObserver, EditObserver {
   MergeCollector(CheckReport& report, const CheckOptions& options)
       : report_(report), options_(options) {}
 
-  // The sheet is read; the workbook stays open until the merge ends.
   void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
-                  const std::vector<LogRow>& rows);
-  // The document at xml_path is parsed and nothing is changed yet.
-  void document_read(const Document& document, const std::string& xml_path);
-  // A clip with a name element is matched (maybe to no row), at its 0-based position.
-  void clip_matched(const ClipMatch& match, std::size_t position);
-  // Row position j of the clip is about to be applied to its target clip.
-  void row_started(const ClipMatch& match, std::size_t j);
-  // The row passed the position limit; its target clip's timing and duration are read.
+                  const std::vector<LogRow>& rows) override;
+  void document_read(Document& document, const std::string& xml_path) override;
+  void clip_matched(const ClipMatch& match, std::size_t position) override;
+  void row_started(const ClipMatch& match, std::size_t j) override;
   void row_timed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
-                 std::int64_t clip_duration);
-  // Every clip is visited; row_used[i] tells whether row i named a clip.
-  void merge_finished(const std::vector<bool>& row_used);
+                 std::int64_t clip_duration) override;
+  void merge_finished(const std::vector<bool>& row_used) override;
   // Puts the row findings made so far into the report, in sheet order; for a merge that failed.
   void flush_findings();
 
