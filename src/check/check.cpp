@@ -2,9 +2,11 @@
 
 #include <array>
 
-#include "check/merge_collector.hpp"
+#include "check/change_record.hpp"
+#include "check/findings_collector.hpp"
 #include "error.hpp"
 #include "merge/merge_document.hpp"
+#include "merge/merge_observer.hpp"
 
 namespace pellago {
 
@@ -53,11 +55,15 @@ std::string_view change_kind_name(ChangeKind kind) {
 CheckReport check(const std::string& sheet_path, const std::string& xml_path,
                   const CheckOptions& options) {
   CheckReport report;
-  MergeCollector collector(report, options);
+  FindingsCollector findings(report, options);
+  ChangeRecord changes(report.changes);
+  MergeObservers observers;
+  observers.observers.push_back(&findings);
+  if (options.changes) observers.observers.push_back(&changes);
   try {
-    report.merge = merge_document(sheet_path, xml_path, {}, &collector).report;
+    report.merge = merge_document(sheet_path, xml_path, {}, &observers).report;
   } catch (const Error& error) {
-    collector.flush_findings();
+    findings.flush_findings();
     report.merge.outcome = Outcome::merged;
     report.error = error.what();
     report.system_error = error.system_error;

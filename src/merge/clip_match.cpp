@@ -39,10 +39,11 @@ void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& 
 
   const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host));
   const std::int64_t clip_duration = read_clip_duration(target);
-  if (run.observer) run.observer->row_timed(match, j, timing, clip_duration);
-  if (match.several) apply_subclip(row, target, timing, clip_duration);
+  const RowPlacement placement = place_row(row, target, timing, match.several);
+  if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);
+  if (match.several) apply_subclip(row, target, placement, timing, clip_duration);
   apply_logging_fields(target, row, run.document);
-  apply_markers(target, row, timing);
+  apply_markers(row, placement, timing);
   run.report.markers_added += row.markers.size();
   apply_aux_timecodes(target, row, timing);
 }

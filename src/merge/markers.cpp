@@ -10,12 +10,9 @@
 #include <vector>
 
 #include "merge/required_element.hpp"
-#include "timecode/to_frames.hpp"
 
 namespace pellago {
 namespace {
-
-constexpr Selector kMedia = name_chain("media");
 
 struct MarkerColor {
   std::string_view name;
@@ -75,17 +72,14 @@ std::vector<std::string_view> marker_color_names() {
   return names;
 }
 
-void apply_markers(Element clip, const LogRow& row, const ClipTiming& timing) {
+void apply_markers(const LogRow& row, const RowPlacement& placement, const ClipTiming& timing) {
+  if (row.markers.empty()) return;
+  const std::vector<std::int64_t>& frames = planned(placement.marker_frames, timing);
   // A marker holds no media element, so the clip's first stays the same while they are added.
-  Element media;
+  const Element media = require_found(placement.media, "media", " to place its markers after");
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
-    const MarkerEntry& entry = row.markers[i];
-    const std::int64_t frame =
-        to_frames(entry.timecode, rate_entry(timing).fcp_rate, timing.display_format) -
-        timing.start_frame;
-    if (!media) media = required(clip, kMedia, " to place its markers after");
     const Element marker = media.create_element("marker");
-    build_marker(marker, frame, i + 1, entry);
+    build_marker(marker, frames[i], i + 1, row.markers[i]);
     media.insert_after(marker);
   }
 }

@@ -11,7 +11,6 @@
 #include "error.hpp"
 #include "merge/required_element.hpp"
 #include "timecode/read_integer.hpp"
-#include "timecode/to_frames.hpp"
 
 namespace pellago {
 
@@ -30,10 +29,6 @@ void clear_point_if_empty(const LogRow& row, Element clip, std::string_view colu
   if (!is_empty_cell(row.field(column))) return;
   required(clip, point, fmt::format(" to clear for the empty \"{}\" cell", column)).set_text("-1");
   set_if_present(clip, fmt::format("media/audio/{}", point), "-1");
-}
-
-std::string copy_id(const std::string& clip_id, std::size_t copy) {
-  return fmt::format("{} clip0{}", clip_id, copy);
 }
 
 std::string copy_clip_item_id(const std::string& clip_id, std::size_t copy, std::size_t item) {
@@ -61,11 +56,9 @@ struct SubclipFrames {
   std::int64_t end_offset;
 };
 
-SubclipFrames subclip_frames(const std::string& in, const std::string& out,
-                             const ClipTiming& timing, std::int64_t clip_duration) {
-  const double rate = rate_entry(timing).fcp_rate;
-  const std::int64_t first = to_frames(in, rate, timing.display_format) - timing.start_frame;
-  const std::int64_t end = to_frames(out, rate, timing.display_format) - timing.start_frame + 1;
+SubclipFrames subclip_frames(const FrameSpan& span, std::int64_t clip_duration) {
+  const std::int64_t first = span.first;
+  const std::int64_t end = span.last + 1;
   return {end - first, std::max<std::int64_t>(first, 0),
           std::max<std::int64_t>(clip_duration - end - 1, 0)};
 }
@@ -110,6 +103,18 @@ void cut_track_clip_item(Element item, std::size_t ordinal, const std::string& n
 
 }  // namespace
 
+std::string copy_id(const std::string& clip_id, std::size_t copy) {
+  return fmt::format("{} clip0{}", clip_id, copy);
+}
+
+std::string id_copied_from(const std::string& id) {
+  const std::size_t at = id.rfind(" clip0");
+  if (at == std::string::npos || at + 6 >= id.size() || id[at + 6] < '0' || id[at + 6] > '9') {
+    return id;
+  }
+  return id.substr(0, at);
+}
+
 void clear_empty_in_out(const LogRow& row, Element clip) {
   clear_point_if_empty(row, clip, "In", "in");
   clear_point_if_empty(row, clip, "Out", "out");
@@ -130,15 +135,15 @@ std::int64_t read_clip_duration(Element clip) {
   return read_integer(required(clip, "duration").text());
 }
 
-void apply_subclip(const LogRow& row, Element clip, const ClipTiming& timing,
-                   std::int64_t clip_duration) {
+void apply_subclip(const LogRow& row, Element clip, const RowPlacement& placement,
+                   const ClipTiming& timing, std::int64_t clip_duration) {
   const std::string* subclip_name = row.field("Subclip Name");
   if (holds_text(subclip_name)) required(clip, "name").set_text(*subclip_name);
   const std::string* in = row.field("In");
   const std::string* out = row.field("Out");
   if (!holds_text(in) || !holds_text(out)) return;
 
-  const SubclipFrames frames = subclip_frames(*in, *out, timing, clip_duration);
+  const SubclipFrames frames = subclip_frames(planned(placement.subclip, timing), clip_duration);
   cut_clip(clip, frames.duration);
   const std::string item_name = subclip_name ? *subclip_name : std::string();
   std::size_t ordinal = 0;

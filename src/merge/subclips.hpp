@@ -4,6 +4,7 @@
 
 #include "document/document.hpp"
 #include "merge/clip_match.hpp"
+#include "merge/row_placement.hpp"
 #include "sheet/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
 
@@ -18,13 +19,19 @@ void clear_empty_in_out(const LogRow& row, Element clip);
 // masterclipid set to that id, and clip item k the id "ID clipitem0jk".
 void make_subclip_copies(ClipMatch& match);
 
+// The id of copy number `copy` (1 for the second row) of the clip with id `clip_id`: "ID clip01".
+std::string copy_id(const std::string& clip_id, std::size_t copy);
+
+// The id of the clip a copy was made from ("A001" for "A001 clip01"); any other id as it is.
+std::string id_copied_from(const std::string& id);
+
 // The integer in the clip's first duration element.
 std::int64_t read_clip_duration(Element clip);
 
 // Turns the target clip into the subclip the row describes: its "Subclip Name" and, when "In" and
 // "Out" both hold timecodes, its duration, cleared in and out, and on every track clip item new
 // name, duration, in, out, start, end and a subclipinfo with the offsets into the media.
-void apply_subclip(const LogRow& row, Element clip, const ClipTiming& timing,
-                   std::int64_t clip_duration);
+void apply_subclip(const LogRow& row, Element clip, const RowPlacement& placement,
+                   const ClipTiming& timing, std::int64_t clip_duration);
 
 }  // namespace pellago

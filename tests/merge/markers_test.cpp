@@ -28,7 +28,8 @@ TEST(Markers, MarkersStandInReverseOrderAfterMediaAndBeforeACreatedDefaultAngle)
                                   {"00:59:59:00", "", "Check <focus> & iris", "turquoise"},
                                   marker_at("01:00:20:00", "blue ")});
   apply_logging_fields(clip, row, document);
-  apply_markers(clip, row, pal_from_one_hour());
+  const ClipTiming timing = pal_from_one_hour();
+  apply_markers(row, place_row(row, clip, timing, false), timing);
   EXPECT_EQ(document.write(), read_data("steps_clip_markers.xml"));
 }
 

@@ -1,4 +1,4 @@
-#include "check/merge_collector.hpp"
+#include "check/findings_collector.hpp"
 
 #include <fmt/format.h>
 
@@ -8,6 +8,7 @@
 #include "merge/logging_fields.hpp"
 #include "merge/markers.hpp"
 #include "merge/merge_document.hpp"
+#include "merge/subclips.hpp"
 #include "sheet/cell_text.hpp"
 #include "sheet/columns.hpp"
 #include "timecode/frame_rate.hpp"
@@ -96,13 +97,6 @@ std::string upper_ascii(std::string text) {
   return text;
 }
 
-// "A001 clip01" -> "A001": the id of the clip a merge copied, for the id of a copy it made.
-std::string id_copied_from(const std::string& id) {
-  const std::size_t at = id.rfind(" clip0");
-  if (at == std::string::npos || !digit_at(id, at + 6)) return id;
-  return id.substr(0, at);
-}
-
 // The subclips by the id of the clip they were copied from.
 ClipsByName subclips_by_copied_id(const std::vector<ClipRef>& subclips) {
   ClipsByName by_origin;
@@ -140,10 +134,9 @@ std::string closest_names_suggestion(const std::string& name, const NameIndex& n
   return near.empty() ? std::string() : fmt::format("did you mean {}?", quoted_list(near));
 }
 
-// Whether the clip holds, beside its first <media> where the merge puts markers, a marker at
-// `frame` named `name`.
-bool has_marker(Element clip, std::int64_t frame, const std::string& name) {
-  const Element media = clip.first("media");
+// Whether a marker at `frame` named `name` stands beside `media`, where the merge puts the row's
+// markers.
+bool has_marker(Element media, std::int64_t frame, const std::string& name) {
   if (!media) return false;
   const Element holder = media.parent();
   for (Element marker : holder.all("marker")) {
@@ -157,54 +150,6 @@ bool has_marker(Element clip, std::int64_t frame, const std::string& name) {
   return false;
 }
 
-// Each element that holds no element, below and including `node`, and each attribute, as
-// (path below node, text); the path is empty for node itself.
-void collect_leaves(xmlNodePtr node, const std::string& path,
-                    std::vector<std::pair<std::string, std::string>>& leaves) {
-  const Element element(node);
-  for (xmlAttrPtr attribute = node->properties; attribute; attribute = attribute->next) {
-    const char* name = reinterpret_cast<const char*>(attribute->name);
-    leaves.emplace_back(path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
-                        element.attribute(name).value_or(""));
-  }
-  bool holds_element = false;
-  for (xmlNodePtr child = node->children; child; child = child->next) {
-    if (child->type != XML_ELEMENT_NODE) continue;
-    holds_element = true;
-    const std::string name = reinterpret_cast<const char*>(child->name);
-    collect_leaves(child, path.empty() ? name : path + "/" + name, leaves);
-  }
-  if (!holds_element) leaves.emplace_back(path, element.text());
-}
-
-std::vector<std::pair<std::string, std::string>> leaves_of(Element element) {
-  std::vector<std::pair<std::string, std::string>> leaves;
-  collect_leaves(element.node(), "", leaves);
-  return leaves;
-}
-
-bool is_clip(xmlNodePtr node) {
-  return node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, BAD_CAST "clip");
-}
-
-// The nearest clip element holding `node` (not node itself), or none.
-xmlNodePtr enclosing_clip(xmlNodePtr node) {
-  for (xmlNodePtr up = node->parent; up; up = up->parent) {
-    if (is_clip(up)) return up;
-  }
-  return nullptr;
-}
-
-// Path of `node` from its nearest enclosing clip, or from the root element when no clip holds it.
-std::string path_of(xmlNodePtr node) {
-  std::string path;
-  for (xmlNodePtr at = node; at && at->type == XML_ELEMENT_NODE && !is_clip(at); at = at->parent) {
-    const std::string name = reinterpret_cast<const char*>(at->name);
-    path = path.empty() ? name : name + "/" + path;
-  }
-  return path;
-}
-
 // Whether the timecode names the frame the clip's point element holds, at the clip's timing; a
 // rate outside the table counts at its timebase.
 bool is_clip_point(const std::string& timecode, Element point, const ClipTiming& timing) {
@@ -216,14 +161,14 @@ bool is_clip_point(const std::string& timecode, Element point, const ClipTiming&
 
 }  // namespace
 
-std::optional<Column> MergeCollector::column_at(int column) const {
+std::optional<Column> FindingsCollector::column_at(int column) const {
   if (column < 1 || column > static_cast<int>(headers_.size())) return std::nullopt;
   const auto* text = std::get_if<std::string>(&headers_[column - 1]);
   return Column{text ? *text : std::string(), column_letters(column)};
 }
 
 // The column the merge reads a header from: the right-hand one when two carry it.
-int MergeCollector::column_index(std::string_view header) const {
+int FindingsCollector::column_index(std::string_view header) const {
   for (int column = static_cast<int>(headers_.size()); column >= 1; --column) {
     const auto* text = std::get_if<std::string>(&headers_[column - 1]);
     if (text && *text == header) return column;
@@ -231,13 +176,13 @@ int MergeCollector::column_index(std::string_view header) const {
   return 0;
 }
 
-std::optional<Column> MergeCollector::column(std::string_view header) const {
+std::optional<Column> FindingsCollector::column(std::string_view header) const {
   return column_at(column_index(header));
 }
 
-void MergeCollector::add(FindingKind kind, Severity severity, std::optional<int> row,
-                         std::optional<Column> column, std::optional<ClipRef> clip,
-                         std::string message, std::string suggestion) {
+void FindingsCollector::add(FindingKind kind, Severity severity, std::optional<int> row,
+                            std::optional<Column> column, std::optional<ClipRef> clip,
+                            std::string message, std::string suggestion) {
   Finding finding{kind,
                   severity,
                   row,
@@ -252,8 +197,8 @@ void MergeCollector::add(FindingKind kind, Severity severity, std::optional<int>
   }
 }
 
-void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
-                                const std::vector<LogRow>& rows) {
+void FindingsCollector::sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
+                                   const std::vector<LogRow>& rows) {
   workbook_ = &workbook;
   headers_ = headers;
   rows_ = &rows;
@@ -266,7 +211,7 @@ void MergeCollector::sheet_read(const Workbook& workbook, const std::vector<Cell
   check_headers();
 }
 
-void MergeCollector::check_headers() {
+void FindingsCollector::check_headers() {
   const std::vector<std::string> read = to_strings(row_headers());
   const std::vector<std::string> markers = to_strings(marker_headers());
   // What the merge reads, and the columns an export shows what clips hold in: they are meant.
@@ -309,7 +254,7 @@ void MergeCollector::check_headers() {
   }
 }
 
-void MergeCollector::document_read(Document& document, const std::string& xml_path) {
+void FindingsCollector::document_read(Document& document, const std::string& xml_path) {
   const RecoveredErrors& errors = document.recovered_errors();
   if (errors.count > 0) {
     add(FindingKind::recovered_xml, Severity::warning, std::nullopt, std::nullopt, std::nullopt,
@@ -320,10 +265,9 @@ void MergeCollector::document_read(Document& document, const std::string& xml_pa
                     errors.count == 1 ? "" : "s", errors.line),
         "repair the document or export it again");
   }
-  if (options_.changes) document.observe(this);
 }
 
-void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) {
+void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t position) {
   const ClipRef clip{match.name, match.id};
   clips_.push_back(clip);
   const bool subclip = static_cast<bool>(match.clip.first("subclipinfo"));
@@ -346,8 +290,9 @@ void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) 
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
     add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
         fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
-                    "copy of the clip (id \"{} clip0{}\")",
-                    sheet_row(match.rows[j]), sheet_row(match.rows[0]), match.id.value_or(""), j));
+                    "copy of the clip (id \"{}\")",
+                    sheet_row(match.rows[j]), sheet_row(match.rows[0]),
+                    copy_id(match.id.value_or(""), j)));
   }
   const std::size_t rows = rows_->size();
   if (position < rows) return;
@@ -364,24 +309,18 @@ void MergeCollector::clip_matched(const ClipMatch& match, std::size_t position) 
   }
 }
 
-void MergeCollector::row_started(const ClipMatch& match, std::size_t j) {
-  record_copies(match);
-  row_ = sheet_row(match.rows[j]);
-  clip_name_ = match.name;
-}
-
-void MergeCollector::row_timed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
-                               std::int64_t clip_duration) {
+void FindingsCollector::row_placed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                                   std::int64_t clip_duration, const RowPlacement& placement) {
   const std::size_t position = match.rows[j];
   const ClipRef clip{match.name, match.id};
   check_cells((*rows_)[position], sheet_row(position), clip);
   check_number_cells(sheet_row(position), clip);
   check_single_row(match, j, timing);
   check_words(match, j, timing);
-  check_timecodes(match, j, timing, clip_duration);
+  check_timecodes(match, j, timing, clip_duration, placement);
 }
 
-void MergeCollector::check_number_cells(int at, const ClipRef& clip) {
+void FindingsCollector::check_number_cells(int at, const ClipRef& clip) {
   for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
     const auto* header = std::get_if<std::string>(&headers_[column - 1]);
     if (!header || !is_text_header(*header)) continue;
@@ -394,8 +333,8 @@ void MergeCollector::check_number_cells(int at, const ClipRef& clip) {
   }
 }
 
-void MergeCollector::check_single_row(const ClipMatch& match, std::size_t j,
-                                      const ClipTiming& timing) {
+void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
+                                         const ClipTiming& timing) {
   const LogRow& row = (*rows_)[match.rows[j]];
   const std::string* in = row.field("In");
   const std::string* out = row.field("Out");
@@ -415,7 +354,8 @@ void MergeCollector::check_single_row(const ClipMatch& match, std::size_t j,
 }
 
 // Words the merge compares exactly, in the target clip, written in another letter case.
-void MergeCollector::check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing) {
+void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
+                                    const ClipTiming& timing) {
   const LogRow& row = (*rows_)[match.rows[j]];
   const int at = sheet_row(match.rows[j]);
   const ClipRef clip{match.name, match.id};
@@ -457,7 +397,7 @@ void MergeCollector::check_words(const ClipMatch& match, std::size_t j, const Cl
   }
 }
 
-void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
+void FindingsCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
   if (const std::string* good = row.field("Good"); good && looks_like_yes(*good)) {
     add(FindingKind::good_not_yes, Severity::warning, at, column("Good"), clip,
         fmt::format("the Good cell reads \"{}\", which the merge writes as FALSE: only yes or y "
@@ -481,21 +421,12 @@ void MergeCollector::check_cells(const LogRow& row, int at, const ClipRef& clip)
   }
 }
 
-std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& text,
-                                                          const TimecodeCell& cell,
-                                                          const ClipTiming& timing,
-                                                          std::int64_t clip_duration) {
-  if (!timing.rate) return std::nullopt;  // the merge fails on it
+bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
+                                    const TimecodeCell& cell, const ClipTiming& timing,
+                                    std::int64_t clip_duration) {
   const std::int64_t base = timing.timebase;
-  const auto frame_in_clip = [&](const std::string& timecode) {
-    return to_frames(timecode, timing.rate->fcp_rate, timing.display_format) - timing.start_frame;
-  };
-  const auto timecode_of = [&](std::int64_t frame) {
-    return to_timecode(timing.start_frame + frame, timing.rate->fcp_rate, timing.display_format);
-  };
-  const std::int64_t frame = frame_in_clip(text);
-  const std::string start = timecode_of(0);
-  const std::string end = timecode_of(clip_duration - 1);
+  const std::string start = timecode_in_clip(0, timing);
+  const std::string end = timecode_in_clip(clip_duration - 1, timing);
   const std::string span =
       fmt::format("write a timecode from {} (the clip's start) to {} (its end)", start, end);
   const std::string column_name = cell.column ? cell.column->header : std::string(cell.what);
@@ -507,7 +438,7 @@ std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& tex
                     cell.what, text, frame),
         cell.what == "marker timecode" ? span + ", or empty the cell to leave the marker out"
                                        : span);
-    return std::nullopt;
+    return false;
   }
   const std::vector<std::string> fields = timecode_fields(trimmed(text));
   if (const std::optional<std::string> time = time_of_day(trimmed(text))) {
@@ -517,13 +448,13 @@ std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& tex
                     cell.what, text, *time, frame),
         fmt::format("format the {} column as text, then type the timecode with its frames: {}:00",
                     column_name, *time));
-    return std::nullopt;
+    return false;
   }
   if (fields.size() == 3 && std::ranges::all_of(fields, [](const std::string& field) {
         return !field.empty() && !has_no_digits(field) && field.find(' ') == std::string::npos;
       })) {
     const std::string four_fields = fmt::format("{}:{}:{}:00", fields[0], fields[1], fields[2]);
-    const std::int64_t as_hours = frame_in_clip(four_fields);
+    const std::int64_t as_hours = frame_in_clip(four_fields, timing);
     const std::int64_t frames_field = read_integer(fields[2]);
     const bool inside = frame >= 0 && frame < clip_duration;
     const bool hours_inside = as_hours >= 0 && as_hours < clip_duration;
@@ -535,7 +466,7 @@ std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& tex
                       "and seconds it would be {}",
                       cell.what, text, frame, start, four_fields),
           fmt::format("write all four fields: {}", four_fields));
-      return std::nullopt;
+      return false;
     }
   }
   if (!is_timecode(text, base)) {
@@ -543,7 +474,7 @@ std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& tex
         fmt::format("the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
                     cell.what, text, frame),
         "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
-    return std::nullopt;
+    return false;
   }
   if (frame < 0 || frame >= clip_duration) {
     add(FindingKind::outside_media, Severity::warning, cell.row, cell.column, cell.clip,
@@ -553,11 +484,12 @@ std::optional<std::int64_t> MergeCollector::checked_frame(const std::string& tex
                     clip_duration - 1),
         span);
   }
-  return frame;
+  return true;
 }
 
-void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
-                                     const ClipTiming& timing, std::int64_t clip_duration) {
+void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
+                                        const ClipTiming& timing, std::int64_t clip_duration,
+                                        const RowPlacement& placement) {
   const LogRow& row = (*rows_)[match.rows[j]];
   const int at = sheet_row(match.rows[j]);
   const ClipRef clip{match.name, match.id};
@@ -565,30 +497,34 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
     return TimecodeCell{at, std::move(where), clip, what};
   };
 
-  const std::string* in = row.field("In");
-  const std::string* out = row.field("Out");
-  if (match.several && in && out && !in->empty() && !out->empty()) {
-    const auto first = checked_frame(*in, cell(column("In"), "In"), timing, clip_duration);
-    const auto last = checked_frame(*out, cell(column("Out"), "Out"), timing, clip_duration);
-    if (first && last && *last < *first) {
+  if (placement.subclip) {
+    const std::string& in = *row.field("In");
+    const std::string& out = *row.field("Out");
+    const FrameSpan span = *placement.subclip;
+    const bool in_read =
+        check_frame(in, span.first, cell(column("In"), "In"), timing, clip_duration);
+    const bool out_read =
+        check_frame(out, span.last, cell(column("Out"), "Out"), timing, clip_duration);
+    if (in_read && out_read && span.last < span.first) {
       add(FindingKind::out_before_in, Severity::warning, at, column("Out"), clip,
           fmt::format("the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}",
-                      *out, *in, *last + 1 - *first),
+                      out, in, span.last + 1 - span.first),
           "swap In and Out");
     }
   }
-  for (std::size_t i = 0; i < row.markers.size(); ++i) {
+  for (std::size_t i = 0; placement.marker_frames && i < row.markers.size(); ++i) {
     const MarkerEntry& marker = row.markers[i];
+    const std::int64_t frame = (*placement.marker_frames)[i];
     const std::optional<Column> where = column_at(marker.timecode_column);
-    const auto frame =
-        checked_frame(marker.timecode, cell(where, "marker timecode"), timing, clip_duration);
+    const bool read =
+        check_frame(marker.timecode, frame, cell(where, "marker timecode"), timing, clip_duration);
     const std::string name = marker.name ? *marker.name : fmt::format("Marker {}", i + 1);
-    if (!frame || !has_marker(match.clips[j], *frame, name)) continue;
+    if (!read || !has_marker(placement.media, frame, name)) continue;
     add(FindingKind::marker_already_present, Severity::warning, at, where, clip,
         fmt::format("the clip already has the marker \"{}\" at \"{}\" (frame {}): markers are "
                     "only ever added, so a second one would stand on it, as when a merged "
                     "document is merged again",
-                    name, marker.timecode, *frame),
+                    name, marker.timecode, frame),
         "merge into the export the earlier merge started from, or take the marker out of the row");
   }
   if (!match.clips[j].first("file/timecode/displayformat")) return;
@@ -602,20 +538,20 @@ void MergeCollector::check_timecodes(const ClipMatch& match, std::size_t j,
   }
 }
 
-void MergeCollector::merge_finished(const std::vector<bool>& row_used) {
+void FindingsCollector::merge_finished(const std::vector<bool>& row_used) {
   check_unmatched(row_used);
   check_shared_names();
   flush_findings();
 }
 
-void MergeCollector::flush_findings() {
+void FindingsCollector::flush_findings() {
   std::stable_sort(row_findings_.begin(), row_findings_.end(),
                    [](const Finding& a, const Finding& b) { return *a.row < *b.row; });
   for (Finding& finding : row_findings_) report_.findings.push_back(std::move(finding));
   row_findings_.clear();
 }
 
-void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
+void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
   const std::optional<Column> name_column = column("Name");
   // Built on the first unmatched row that needs them.
   std::optional<ClipsByName> by_key;
@@ -664,8 +600,8 @@ void MergeCollector::check_unmatched(const std::vector<bool>& row_used) {
   }
 }
 
-bool MergeCollector::check_earlier_subclips(const std::string& name, int at,
-                                            const ClipsByName& subclips_by_origin) {
+bool FindingsCollector::check_earlier_subclips(const std::string& name, int at,
+                                               const ClipsByName& subclips_by_origin) {
   const auto found = subclips_by_origin.find(name);
   if (found == subclips_by_origin.end()) return false;
   std::vector<std::string> made;
@@ -678,7 +614,7 @@ bool MergeCollector::check_earlier_subclips(const std::string& name, int at,
   return true;
 }
 
-void MergeCollector::check_shared_names() {
+void FindingsCollector::check_shared_names() {
   for (const auto& [name, clips] : clips_by_name_) {
     if (clips.size() < 2) continue;
     std::vector<std::string> ids;
@@ -692,82 +628,6 @@ void MergeCollector::check_shared_names() {
                       clips.size(), name, fmt::join(ids, ", ")));
     }
   }
-}
-
-std::optional<ClipRef> MergeCollector::clip_of(Element element) const {
-  xmlNodePtr clip = is_clip(element.node()) ? element.node() : enclosing_clip(element.node());
-  if (!clip) return std::nullopt;
-  const Element found(clip);
-  std::string name = clip_name_ ? *clip_name_ : std::string();
-  if (!clip_name_) {
-    if (Element name_element = found.first("name")) name = name_element.text();
-  }
-  return ClipRef{std::move(name), found.attribute("id")};
-}
-
-bool MergeCollector::in_copy_being_made(Element element) const {
-  for (xmlNodePtr up = element.node(); up; up = up->parent) {
-    if (std::find(copies_.begin(), copies_.end(), up) != copies_.end()) return true;
-  }
-  return false;
-}
-
-void MergeCollector::record(Change change) { report_.changes.push_back(std::move(change)); }
-
-// The copies appended for a clip's further rows, once complete: each with its own row.
-void MergeCollector::record_copies(const ClipMatch& match) {
-  if (copies_.empty()) return;
-  for (std::size_t j = 1; j < match.clips.size(); ++j) {
-    const Element copy = match.clips[j];
-    if (std::find(copies_.begin(), copies_.end(), copy.node()) == copies_.end()) continue;
-    record({ChangeKind::subclip_made, sheet_row(match.rows[j]),
-            ClipRef{match.name, copy.attribute("id")}, "clip", std::nullopt, std::nullopt,
-            leaves_of(copy)});
-  }
-  copies_.clear();
-}
-
-void MergeCollector::setting_text(Element element, std::string_view text) {
-  if (in_copy_being_made(element)) return;
-  std::string old_text = element.text();
-  if (old_text == text) return;
-  record({ChangeKind::text_set,
-          row_,
-          clip_of(element),
-          path_of(element.node()),
-          std::move(old_text),
-          std::string(text),
-          {}});
-}
-
-void MergeCollector::setting_attribute(Element element, const char* name, std::string_view value) {
-  if (in_copy_being_made(element)) return;
-  std::optional<std::string> old_text = element.attribute(name);
-  if (old_text == value) return;
-  const std::string path = path_of(element.node());
-  record({ChangeKind::attribute_set,
-          row_,
-          clip_of(element),
-          path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
-          std::move(old_text),
-          std::string(value),
-          {}});
-}
-
-void MergeCollector::inserted(Element node) {
-  if (node.node()->type != XML_ELEMENT_NODE || in_copy_being_made(node)) return;
-  if (is_clip(node.node())) {
-    copies_.push_back(node.node());
-    return;
-  }
-  record({ChangeKind::added, row_, clip_of(node), path_of(node.node()), std::nullopt, std::nullopt,
-          leaves_of(node)});
-}
-
-void MergeCollector::removing(Element node) {
-  if (node.node()->type != XML_ELEMENT_NODE || in_copy_being_made(node)) return;
-  record({ChangeKind::removed, row_, clip_of(node), path_of(node.node()), std::nullopt,
-          std::nullopt, leaves_of(node)});
 }
 
 }  // namespace pellago

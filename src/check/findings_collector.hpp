@@ -22,28 +22,22 @@ namespace pellago {
 // Clips in document order under a key (a name, an id).
 using ClipsByName = std::unordered_map<std::string, std::vector<const ClipRef*>>;
 
-// Told by the merge driver what it reads and does, it writes findings (and, when asked, the
-// document changes it observes) into a CheckReport. Each call comes from the driver at the named
-// point of the merge; the collector never changes what the merge does.
-struct MergeCollector final : MergeObserver, EditObserver {
-  MergeCollector(CheckReport& report, const CheckOptions& options)
+// Told by the merge driver what it reads, places and does, it writes findings into a CheckReport.
+// Each call comes from the driver at the named point of the merge; the collector never changes
+// what the merge does.
+struct FindingsCollector final : MergeObserver {
+  FindingsCollector(CheckReport& report, const CheckOptions& options)
       : report_(report), options_(options) {}
 
   void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
                   const std::vector<LogRow>& rows) override;
   void document_read(Document& document, const std::string& xml_path) override;
   void clip_matched(const ClipMatch& match, std::size_t position) override;
-  void row_started(const ClipMatch& match, std::size_t j) override;
-  void row_timed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
-                 std::int64_t clip_duration) override;
+  void row_placed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                  std::int64_t clip_duration, const RowPlacement& placement) override;
   void merge_finished(const std::vector<bool>& row_used) override;
   // Puts the row findings made so far into the report, in sheet order; for a merge that failed.
   void flush_findings();
-
-  void setting_text(Element element, std::string_view text) override;
-  void setting_attribute(Element element, const char* name, std::string_view value) override;
-  void inserted(Element node) override;
-  void removing(Element node) override;
 
  private:
   int column_index(std::string_view header) const;  // 0 when no column has the header
@@ -65,20 +59,16 @@ struct MergeCollector final : MergeObserver, EditObserver {
   void check_single_row(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
   void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
   void check_timecodes(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
-                       std::int64_t clip_duration);
-  // The frame of the text relative to the clip's start, as the merge places it, after reporting
-  // what looks wrong with it; none when it is not a timecode or the clip has no rate entry.
-  std::optional<std::int64_t> checked_frame(const std::string& text, const TimecodeCell& cell,
-                                            const ClipTiming& timing, std::int64_t clip_duration);
+                       std::int64_t clip_duration, const RowPlacement& placement);
+  // Reports what looks wrong with a timecode text that the merge places at `frame` of the clip;
+  // false when it is not a timecode.
+  bool check_frame(const std::string& text, std::int64_t frame, const TimecodeCell& cell,
+                   const ClipTiming& timing, std::int64_t clip_duration);
   void check_unmatched(const std::vector<bool>& row_used);
   // Reports an unmatched Name that is the id of a clip an earlier merge cut into subclips.
   bool check_earlier_subclips(const std::string& name, int at,
                               const ClipsByName& subclips_by_origin);
   void check_shared_names();
-  std::optional<ClipRef> clip_of(Element element) const;
-  bool in_copy_being_made(Element element) const;
-  void record(Change change);
-  void record_copies(const ClipMatch& match);
 
   CheckReport& report_;
   CheckOptions options_;
@@ -89,10 +79,6 @@ struct MergeCollector final : MergeObserver, EditObserver {
   std::vector<ClipRef> subclips_;  // those of them whose clip items hold <subclipinfo>
   std::map<std::string, std::vector<ClipRef>> clips_by_name_;
   std::vector<Finding> row_findings_;  // sorted into sheet order when the merge ends
-  // The row being applied and the name its clip was matched by.
-  std::optional<int> row_;
-  std::optional<std::string> clip_name_;
-  std::vector<xmlNodePtr> copies_;  // copies appended but not yet reported
 };
 
 }  // namespace pellago

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "document/document.hpp"
+#include "sheet/log_sheet.hpp"
+#include "timecode/clip_timing.hpp"
+
+namespace pellago {
+
+// A timecode as a frame count from the clip's start, at the clip's rate entry and display format;
+// throws Error (rate_entry's) when the clip has none.
+std::int64_t frame_in_clip(const std::string& timecode, const ClipTiming& timing);
+
+// The frame count from the clip's start as a timecode of the clip, the inverse of frame_in_clip.
+std::string timecode_in_clip(std::int64_t frame, const ClipTiming& timing);
+
+// The first and last frame of a subclip, from the clip's start, as its In and Out name them.
+struct FrameSpan {
+  std::int64_t first = 0;
+  std::int64_t last = 0;
+};
+
+// Where a row's timecodes land in its target clip, worked out once before the steps write them:
+// the steps write these frames and this placement, and the merge's observer is told the same.
+struct RowPlacement {
+  // The row's subclip when it cuts one (several rows name the clip, In and Out both hold text).
+  std::optional<FrameSpan> subclip;
+  // The frame of each of the row's markers, in the row's order; when it has markers.
+  std::optional<std::vector<std::int64_t>> marker_frames;
+  // The clip's first media element: the row's markers go right after it.
+  Element media;
+};
+
+// The placement of the row in its target clip. Frames need the clip's rate entry: without one
+// they are left out, and the step that needs them fails through `planned`.
+RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing, bool several);
+
+// The planned value, or, when the clip's missing rate entry kept it from being planned, the error
+// that says so.
+template <typename T>
+const T& planned(const std::optional<T>& value, const ClipTiming& timing) {
+  if (!value) rate_entry(timing);
+  return *value;
+}
+
+}  // namespace pellago
