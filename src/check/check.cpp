@@ -61,7 +61,9 @@ CheckReport check(const std::string& sheet_path, const std::string& xml_path,
   observers.observers.push_back(&findings);
   if (options.changes) observers.observers.push_back(&changes);
   try {
-    report.merge = merge_document(sheet_path, xml_path, {}, &observers).report;
+    Host host;
+    host.rules = options.rules;
+    report.merge = merge_document(sheet_path, xml_path, host, &observers).report;
   } catch (const Error& error) {
     findings.flush_findings();
     report.merge.outcome = Outcome::merged;

@@ -103,8 +103,9 @@ struct SheetAsRead {
 };
 
 struct CheckOptions {
-  bool changes = false;  // collect the change list too
-  bool sheet = false;    // keep the sheet as read, with the clips each row names
+  bool changes = false;           // collect the change list too
+  bool sheet = false;             // keep the sheet as read, with the clips each row names
+  Rules rules = classic_rules();  // the rules of the merge checked
 };
 
 struct CheckReport {

@@ -294,8 +294,8 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
                     sheet_row(match.rows[j]), sheet_row(match.rows[0]),
                     copy_id(match.id.value_or(""), j)));
   }
+  if (!match.beyond_position_limit) return;
   const std::size_t rows = rows_->size();
-  if (position < rows) return;
   for (std::size_t row : match.rows) {
     add(FindingKind::position_limit, Severity::warning, sheet_row(row), std::nullopt, clip,
         fmt::format(

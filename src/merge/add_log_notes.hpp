@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "document/libxml_errors.hpp"
+#include "merge/rules.hpp"
 #include "timecode/frame_rate.hpp"
 #include "workbook/workbook.hpp"
 
@@ -44,6 +45,8 @@ struct Host {
   // the operating system, which takes it back at exit faster than freeing it node by node. A host
   // that lives on keeps the default, or keeps every merged tree until it exits.
   bool keep_document_until_exit = false;
+  // The rules of the merge.
+  Rules rules = classic_rules();
   // Refuse an XML document that is not well-formed instead of merging what could be recovered.
   bool strict = false;
   // Asked before each clip is visited and once more before the output is written, on the calling

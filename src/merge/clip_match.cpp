@@ -25,7 +25,7 @@ const FrameRates& frame_rates(const Host& host) {
 }
 
 // The row at row position j of the clip, applied to its target clip (match.clips[j]).
-void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& run) {
+void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Element target = match.clips[j];
   if (run.observer) run.observer->row_started(match, j);
@@ -34,8 +34,7 @@ void apply_row(ClipMatch& match, std::size_t j, std::size_t position, MergeRun& 
     make_subclip_copies(match);
     run.report.subclips_made += match.clips.size() - 1;
   }
-  // A clip standing further down the document than the sheet has rows keeps everything else.
-  if (position >= run.rows.size()) return;
+  if (match.beyond_position_limit) return;
 
   const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host));
   const std::int64_t clip_duration = read_clip_duration(target);
@@ -86,6 +85,9 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   ++run.report.clips_visited;
   count_on_progress(run.host);
   std::optional<ClipMatch> match = match_clip(clip, run.index);
+  if (match) {
+    match->beyond_position_limit = run.host.rules.position_limit && position >= run.rows.size();
+  }
   if (run.observer && match) run.observer->clip_matched(*match, position);
   if (!match || match->rows.empty()) return;
 
@@ -94,7 +96,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
     const std::size_t row = match->rows[j];
     run.row_used[row] = true;
     try {
-      apply_row(*match, j, position, run);
+      apply_row(*match, j, run);
     } catch (const Error& error) {
       throw Error(fmt::format("{}: {}", describe(*match, row), error.what()), error.system_error);
     }

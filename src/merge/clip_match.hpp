@@ -25,6 +25,9 @@ struct ClipMatch {
   std::string name;
   std::vector<std::size_t> rows;  // positions of the matching rows, sheet order
   bool several = false;           // more than one matching row
+  // The clip stands further down the document than the sheet has rows, and the rules keep such a
+  // clip's rows from applying beyond its In/Out clearing and copies.
+  bool beyond_position_limit = false;
   // The target clips: the clip for the first row, then one copy per further row.
   std::vector<Element> clips;
 };

@@ -30,7 +30,7 @@ TEST_F(SubclipsTest, FurtherRowsGetRenamedCopiesAtTheEndOfTheClipsParent) {
   EXPECT_EQ(report.rows_unmatched, 0u);
 }
 
-TEST_F(SubclipsTest, ClipsBeyondTheSheetsRowCountGetOnlyClearingAndCopies) {
+TEST_F(SubclipsTest, ClipsBeyondTheSheetsRowCountGetOnlyClearingAndCopiesUnderThePositionLimit) {
   const std::vector<SheetRow> rows{{"Name", "Subclip Name", "In", "Scene"},
                                    {"X", "first", "", "one"},
                                    {"X", "second", "", "two"}};
@@ -39,6 +39,13 @@ TEST_F(SubclipsTest, ClipsBeyondTheSheetsRowCountGetOnlyClearingAndCopies) {
       add_log_notes(path("log.xlsx"), data_path("merge_position_limit.xml"), path("out.xml"));
   EXPECT_EQ(read_file(path("out.xml")), read_file(data_path("merge_position_limit_cleared.xml")));
   EXPECT_THAT(limited.cut_clips, ElementsAre(CutClip{.name = "X", .subclips = {"X", "X"}}));
+
+  // Without the limit the clip is logged in full, as a longer sheet logs it.
+  Host unlimited;
+  unlimited.rules.position_limit = false;
+  add_log_notes(path("log.xlsx"), data_path("merge_position_limit.xml"), path("out.xml"),
+                unlimited);
+  EXPECT_EQ(read_file(path("out.xml")), read_file(data_path("merge_position_limit_logged.xml")));
 
   // A blank row counts as a row of the sheet.
   write_xlsx(path("log.xlsx"), {rows[0], rows[1], {}, rows[2]});
