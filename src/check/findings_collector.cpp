@@ -276,7 +276,8 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
   clips_by_name_[match.name].push_back(clip);
   if (subclip) {
     for (std::size_t row : match.rows) {
-      add(FindingKind::earlier_subclip, Severity::warning, sheet_row(row), column("Name"), clip,
+      add(FindingKind::earlier_subclip, Severity::warning, sheet_row(row), column(kNameHeader),
+          clip,
           fmt::format("the clip \"{}\" is a subclip (its clip items hold <subclipinfo>), as a "
                       "merge leaves the clips that several rows cut: merging into it again adds "
                       "the row's markers a second time and cuts subclips out of the subclip",
@@ -288,7 +289,8 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
     for (std::size_t row : match.rows) report_.sheet->rows[row].clips.push_back(clip);
   }
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
-    add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column("Name"), clip,
+    add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column(kNameHeader),
+        clip,
         fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
                     "copy of the clip (id \"{}\")",
                     sheet_row(match.rows[j]), sheet_row(match.rows[0]),
@@ -336,16 +338,16 @@ void FindingsCollector::check_number_cells(int at, const ClipRef& clip) {
 void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
                                          const ClipTiming& timing) {
   const LogRow& row = (*rows_)[match.rows[j]];
-  const std::string* in = row.field("In");
-  const std::string* out = row.field("Out");
+  const std::string* in = row.field(kInHeader);
+  const std::string* out = row.field(kOutHeader);
   if (match.several || !in || !out || in->empty() || out->empty()) return;
   // A row that repeats the clip's own points, as an exported sheet does, asks for nothing lost.
   if (is_clip_point(*in, match.clip.first("in"), timing) &&
       is_clip_point(*out, match.clip.first("out"), timing)) {
     return;
   }
-  add(FindingKind::in_out_on_single_row, Severity::warning, sheet_row(match.rows[j]), column("In"),
-      ClipRef{match.name, match.id},
+  add(FindingKind::in_out_on_single_row, Severity::warning, sheet_row(match.rows[j]),
+      column(kInHeader), ClipRef{match.name, match.id},
       fmt::format("the row gives In \"{}\" and Out \"{}\", but it is the only row of clip \"{}\": "
                   "In and Out cut subclips only when several rows name a clip, and a single row "
                   "leaves the clip's In and Out points as they are",
@@ -359,11 +361,11 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
   const LogRow& row = (*rows_)[match.rows[j]];
   const int at = sheet_row(match.rows[j]);
   const ClipRef clip{match.name, match.id};
-  const std::string* in = row.field("In");
-  const std::string* out = row.field("Out");
+  const std::string* in = row.field(kInHeader);
+  const std::string* out = row.field(kOutHeader);
   std::optional<Column> converting;  // the first column whose timecodes use the clip's rate
   if (match.several && in && out && !in->empty() && !out->empty()) {
-    converting = column("In");
+    converting = column(kInHeader);
   } else if (!row.markers.empty()) {
     converting = column_at(row.markers.front().timecode_column);
   }
@@ -398,8 +400,8 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
 }
 
 void FindingsCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
-  if (const std::string* good = row.field("Good"); good && looks_like_yes(*good)) {
-    add(FindingKind::good_not_yes, Severity::warning, at, column("Good"), clip,
+  if (const std::string* good = row.field(kGoodHeader); good && looks_like_yes(*good)) {
+    add(FindingKind::good_not_yes, Severity::warning, at, column(kGoodHeader), clip,
         fmt::format("the Good cell reads \"{}\", which the merge writes as FALSE: only yes or y "
                     "(any letter case, nothing around it) mark a clip good",
                     *good),
@@ -498,15 +500,15 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
   };
 
   if (placement.subclip) {
-    const std::string& in = *row.field("In");
-    const std::string& out = *row.field("Out");
+    const std::string& in = *row.field(kInHeader);
+    const std::string& out = *row.field(kOutHeader);
     const FrameSpan span = *placement.subclip;
     const bool in_read =
-        check_frame(in, span.first, cell(column("In"), "In"), timing, clip_duration);
+        check_frame(in, span.first, cell(column(kInHeader), kInHeader), timing, clip_duration);
     const bool out_read =
-        check_frame(out, span.last, cell(column("Out"), "Out"), timing, clip_duration);
+        check_frame(out, span.last, cell(column(kOutHeader), kOutHeader), timing, clip_duration);
     if (in_read && out_read && span.last < span.first) {
-      add(FindingKind::out_before_in, Severity::warning, at, column("Out"), clip,
+      add(FindingKind::out_before_in, Severity::warning, at, column(kOutHeader), clip,
           fmt::format("the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}",
                       out, in, span.last + 1 - span.first),
           "swap In and Out");
@@ -552,7 +554,7 @@ void FindingsCollector::flush_findings() {
 }
 
 void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
-  const std::optional<Column> name_column = column("Name");
+  const std::optional<Column> name_column = column(kNameHeader);
   // Built on the first unmatched row that needs them.
   std::optional<ClipsByName> by_key;
   std::optional<NameIndex> names;
@@ -561,7 +563,7 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
   for (std::size_t position = 0; position < rows_->size(); ++position) {
     const LogRow& row = (*rows_)[position];
     if (row_used[position] || is_blank(row)) continue;
-    const std::string* name = row.field("Name");
+    const std::string* name = row.field(kNameHeader);
     if (!name) {
       add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), std::nullopt,
           std::nullopt, "the sheet has no \"Name\" column, so no row names a clip",
@@ -588,7 +590,7 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
       message += fmt::format("; the clip \"{}\" would match if {} were set aside", same->name,
                              describe(reasons));
       suggestion = fmt::format("write \"{}\"", same->name);
-      if (whole_number_typed(workbook_->cell(sheet_row(position), column_index("Name")))) {
+      if (whole_number_typed(workbook_->cell(sheet_row(position), column_index(kNameHeader)))) {
         suggestion = fmt::format("format the Name column as text and type {} again", same->name);
       }
     } else if (!name->empty()) {
@@ -606,7 +608,8 @@ bool FindingsCollector::check_earlier_subclips(const std::string& name, int at,
   if (found == subclips_by_origin.end()) return false;
   std::vector<std::string> made;
   for (const ClipRef* subclip : found->second) made.push_back(fmt::format("\"{}\"", subclip->name));
-  add(FindingKind::earlier_subclip, Severity::warning, at, column("Name"), *found->second.front(),
+  add(FindingKind::earlier_subclip, Severity::warning, at, column(kNameHeader),
+      *found->second.front(),
       fmt::format("no clip is named \"{}\" any more: an earlier merge cut the clip of id \"{}\" "
                   "into subclips, now named {}, so the rows that name it match nothing",
                   name, name, fmt::join(made, ", ")),
@@ -620,10 +623,10 @@ void FindingsCollector::check_shared_names() {
     std::vector<std::string> ids;
     for (const ClipRef& clip : clips) ids.push_back(clip.id.value_or("no id"));
     for (std::size_t position = 0; position < rows_->size(); ++position) {
-      const std::string* row_name = (*rows_)[position].field("Name");
+      const std::string* row_name = (*rows_)[position].field(kNameHeader);
       if (!row_name || *row_name != name) continue;
-      add(FindingKind::shared_clip_name, Severity::warning, sheet_row(position), column("Name"),
-          clips.front(),
+      add(FindingKind::shared_clip_name, Severity::warning, sheet_row(position),
+          column(kNameHeader), clips.front(),
           fmt::format("{} clips are named \"{}\" (ids {}): each of them gets this row",
                       clips.size(), name, fmt::join(ids, ", ")));
     }

@@ -9,6 +9,7 @@
 #include "merge/merge_observer.hpp"
 #include "merge/resolve_clip_timing.hpp"
 #include "merge/subclips.hpp"
+#include "sheet/columns.hpp"
 
 namespace pellago {
 
@@ -63,7 +64,8 @@ std::string describe(const ClipMatch& match, std::size_t row) {
 RowsByName index_rows_by_name(const std::vector<LogRow>& rows) {
   RowsByName index;
   for (std::size_t position = 0; position < rows.size(); ++position) {
-    if (const std::string* name = rows[position].field("Name")) index[*name].push_back(position);
+    if (const std::string* name = rows[position].field(kNameHeader))
+      index[*name].push_back(position);
   }
   return index;
 }

@@ -25,8 +25,8 @@ RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing
   RowPlacement placement;
   if (!row.markers.empty()) placement.media = clip.first("media");
   if (!timing.rate) return placement;
-  const std::string* in = row.field(header_of<ColumnRole::in_point>());
-  const std::string* out = row.field(header_of<ColumnRole::out_point>());
+  const std::string* in = row.field(kInHeader);
+  const std::string* out = row.field(kOutHeader);
   if (several && holds_text(in) && holds_text(out)) {
     placement.subclip = FrameSpan{frame_in_clip(*in, timing), frame_in_clip(*out, timing)};
   }

@@ -10,6 +10,7 @@
 
 #include "error.hpp"
 #include "merge/required_element.hpp"
+#include "sheet/columns.hpp"
 #include "timecode/read_integer.hpp"
 
 namespace pellago {
@@ -116,8 +117,8 @@ std::string id_copied_from(const std::string& id) {
 }
 
 void clear_empty_in_out(const LogRow& row, Element clip) {
-  clear_point_if_empty(row, clip, "In", "in");
-  clear_point_if_empty(row, clip, "Out", "out");
+  clear_point_if_empty(row, clip, kInHeader, "in");
+  clear_point_if_empty(row, clip, kOutHeader, "out");
 }
 
 void make_subclip_copies(ClipMatch& match) {
@@ -137,10 +138,10 @@ std::int64_t read_clip_duration(Element clip) {
 
 void apply_subclip(const LogRow& row, Element clip, const RowPlacement& placement,
                    const ClipTiming& timing, std::int64_t clip_duration) {
-  const std::string* subclip_name = row.field("Subclip Name");
+  const std::string* subclip_name = row.field(kSubclipNameHeader);
   if (holds_text(subclip_name)) required(clip, "name").set_text(*subclip_name);
-  const std::string* in = row.field("In");
-  const std::string* out = row.field("Out");
+  const std::string* in = row.field(kInHeader);
+  const std::string* out = row.field(kOutHeader);
   if (!holds_text(in) || !holds_text(out)) return;
 
   const SubclipFrames frames = subclip_frames(planned(placement.subclip, timing), clip_duration);

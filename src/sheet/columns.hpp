@@ -264,6 +264,13 @@ constexpr std::string_view header_of() {
   return column_of<role>().header;
 }
 
+// The headers of the columns that code reads one by one.
+inline constexpr std::string_view kNameHeader = header_of<ColumnRole::name>();
+inline constexpr std::string_view kInHeader = header_of<ColumnRole::in_point>();
+inline constexpr std::string_view kOutHeader = header_of<ColumnRole::out_point>();
+inline constexpr std::string_view kSubclipNameHeader = header_of<ColumnRole::subclip_name>();
+inline constexpr std::string_view kGoodHeader = header_of<ColumnRole::good>();
+
 // The column with `header`, exactly; none for a header the merge does not read.
 std::optional<SheetColumn> find_column(std::string_view header);
 
