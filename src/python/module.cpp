@@ -49,14 +49,14 @@ void translate_engine_error(std::exception_ptr exception) {
   }
 }
 
-// The merge's progress calls, turned into calls of progress(done, total). The engine calls from
-// the merging thread with the GIL released; each call takes the GIL only for the Python call.
+// The merge's clip counts, passed on as progress(done, total). The engine calls from the merging
+// thread with the GIL released; each call takes the GIL only for the Python call.
 class ProgressCallback {
  public:
   explicit ProgressCallback(py::function function) : function_(std::move(function)) {}
 
-  Progress callbacks() {
-    return counting_progress([this](std::int64_t done, std::int64_t total) { call(done, total); });
+  void report(const ProgressReport& report) {
+    if (report.phase == MergePhase::merging_clips) call(report.done, report.total);
   }
 
   bool cancelled() const { return cancelled_; }
@@ -94,7 +94,8 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
   Host host;
   host.strict = strict;
   if (progress) {
-    host.progress = callback.emplace(std::move(*progress)).callbacks();
+    callback.emplace(std::move(*progress));
+    host.progress = [&callback](const ProgressReport& report) { callback->report(report); };
     host.cancel_requested = [&callback] { return callback->cancelled(); };
   }
   MergeReport report;
