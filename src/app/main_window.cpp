@@ -63,34 +63,28 @@ std::shared_ptr<const CheckReport> check_files(const std::string& sheet, const s
   }
 }
 
-// Runs on the worker thread. Progress goes to the window as queued calls, at most kProgressSteps
-// of them; the window's Cancel sets `cancel`.
+// Runs on the worker thread: the clips visited go to the window as queued calls, at most
+// kProgressSteps of them.
+std::function<void(const ProgressReport&)> post_progress(
+    QObject* window, std::function<void(qint64, qint64)> show_progress) {
+  return [window, show_progress = std::move(show_progress),
+          shown_step = qint64{-1}](const ProgressReport& report) mutable {
+    if (report.phase != MergePhase::merging_clips) return;
+    const qint64 step = report.total > 0 ? report.done * kProgressSteps / report.total : 0;
+    if (step == shown_step) return;
+    shown_step = step;
+    QMetaObject::invokeMethod(
+        window, [show_progress, report] { show_progress(report.done, report.total); },
+        Qt::QueuedConnection);
+  };
+}
+
+// Runs on the worker thread; the window's Cancel sets `cancel`.
 MergeResult run_merge(const std::string& sheet, const std::string& xml, const std::string& output,
                       std::shared_ptr<std::atomic<bool>> cancel, QObject* window,
                       std::function<void(qint64, qint64)> show_progress) {
-  struct Bar {
-    qint64 value = 0;
-    qint64 maximum = 0;
-    qint64 shown_step = -1;
-  };
-  auto bar = std::make_shared<Bar>();
-  const auto post = [bar, window, show_progress] {
-    const qint64 step = bar->maximum > 0 ? bar->value * kProgressSteps / bar->maximum : 0;
-    if (step == bar->shown_step) return;
-    bar->shown_step = step;
-    QMetaObject::invokeMethod(
-        window,
-        [show_progress, value = bar->value, maximum = bar->maximum] {
-          show_progress(value, maximum);
-        },
-        Qt::QueuedConnection);
-  };
   Host host;
-  host.progress = Progress{.set_indeterminate = {},
-                           .set_double_value = [bar](std::int64_t value) { bar->value = value; },
-                           .set_max_value = [bar](std::int64_t maximum) { bar->maximum = maximum; },
-                           .increment_by = [bar](std::int64_t step) { bar->value += step; },
-                           .display_if_needed = post};
+  host.progress = post_progress(window, std::move(show_progress));
   host.cancel_requested = [cancel] { return cancel->load(); };
   try {
     return {add_log_notes(sheet, xml, output, host), {}};

@@ -91,9 +91,7 @@ ProgressBar::~ProgressBar() {
 }
 
 void ProgressBar::attach_to(Host& host) {
-  host.enter_phase = [this](MergePhase phase) { enter_phase(phase); };
-  host.progress =
-      counting_progress([this](std::int64_t done, std::int64_t total) { draw_clips(done, total); });
+  host.progress = [this](const ProgressReport& report) { show(report); };
 }
 
 void ProgressBar::clear() {
@@ -102,18 +100,20 @@ void ProgressBar::clear() {
   clear_locked();
 }
 
-void ProgressBar::enter_phase(MergePhase phase) {
+// A phase without a bar is waited for, and shown by the ticker once it is slow; the clips have
+// their bar.
+void ProgressBar::show(const ProgressReport& report) {
   const std::scoped_lock lock(mutex_);
-  if (phase == MergePhase::merging_clips) {
-    waiting_phase_.reset();
-  } else {
-    waiting_phase_ = phase;
+  if (report.phase != MergePhase::merging_clips) {
+    waiting_phase_ = report.phase;
     phase_began_ = Clock::now();
+    return;
   }
+  waiting_phase_.reset();
+  draw_clips_locked(report.done, report.total);
 }
 
-void ProgressBar::draw_clips(std::int64_t done, std::int64_t total) {
-  const std::scoped_lock lock(mutex_);
+void ProgressBar::draw_clips_locked(std::int64_t done, std::int64_t total) {
   const std::int64_t percent =
       total > 0 ? std::clamp<std::int64_t>(done * 100 / total, 0, 100) : 100;
   const auto now = Clock::now();

@@ -23,18 +23,18 @@ class ProgressBar {
   ProgressBar& operator=(const ProgressBar&) = delete;
   ~ProgressBar();
 
-  // Points the host's phase and progress callbacks at this bar.
+  // Points the host's progress callback at this bar.
   void attach_to(Host& host);
 
-  // Erases the line and forgets the phase being waited for; the next phase or progress call
-  // draws it again.
+  // Erases the line and forgets the phase being waited for; the next progress report draws it
+  // again.
   void clear();
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  void enter_phase(MergePhase phase);
-  void draw_clips(std::int64_t done, std::int64_t total);
+  void show(const ProgressReport& report);
+  void draw_clips_locked(std::int64_t done, std::int64_t total);
   void show_slow_phases(std::stop_token stop);
   void draw_locked(const std::string& line);
   void clear_locked();

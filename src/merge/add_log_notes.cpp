@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <exception>
 #include <future>
-#include <memory>
 #include <mutex>
 #include <system_error>
 
@@ -78,15 +77,6 @@ void set_update_behaviors(const Document& document) {
   for (Element behavior : document.all("updatebehavior")) behavior.set_text("replaceoradd");
 }
 
-void set_up_progress(const Host& host, std::size_t clips) {
-  if (!host.progress) return;
-  const Progress& progress = *host.progress;
-  if (progress.set_indeterminate) progress.set_indeterminate(false);
-  if (progress.set_double_value) progress.set_double_value(0);
-  if (progress.set_max_value) progress.set_max_value(static_cast<std::int64_t>(clips));
-  if (progress.display_if_needed) progress.display_if_needed();
-}
-
 std::size_t count_unmatched_rows(const std::vector<LogRow>& rows,
                                  const std::vector<bool>& row_used) {
   std::size_t unmatched = 0;
@@ -115,8 +105,12 @@ void write_document(const Document& document, const OutputSink& sink) {
   if (last != '\n') sink("\n");
 }
 
-void enter_phase(const Host& host, MergePhase phase) {
-  if (host.enter_phase) host.enter_phase(phase);
+void report_progress(const Host& host, MergePhase phase, std::size_t done = 0,
+                     std::size_t total = 0) {
+  if (!host.progress) return;
+  host.progress({.done = static_cast<std::int64_t>(done),
+                 .total = static_cast<std::int64_t>(total),
+                 .phase = phase});
 }
 
 void refuse_recovered(const RecoveredErrors& errors, const std::string& xml_path) {
@@ -143,14 +137,14 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (kind == SheetKind::not_a_log_sheet) return {};
   const LibxmlErrors quiet;
 
-  enter_phase(host, MergePhase::reading_sheet);
+  report_progress(host, MergePhase::reading_sheet);
   WorkbookReading reading = start_reading_workbook(sheet_path, kind);
   const std::vector<Cell> headers = read_header_row(reading.sheet());
   if (host.set_column_headers) host.set_column_headers(headers);
   std::future<SheetRows> sheet =
       read_rest_in_background(reading, headers, sheet_path, observer != nullptr);
 
-  enter_phase(host, MergePhase::reading_xml);
+  report_progress(host, MergePhase::reading_xml);
   std::optional<Document> parsed;
   std::exception_ptr xml_failure;
   try {
@@ -168,14 +162,14 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (observer) observer->document_read(document, xml_path);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");
-  enter_phase(host, MergePhase::merging_clips);
-  set_up_progress(host, clips.size());
+  report_progress(host, MergePhase::merging_clips, 0, clips.size());
 
   MergeReport report{.outcome = Outcome::merged, .recovered = document.recovered_errors()};
   const RowsByName index = index_rows_by_name(rows);
   MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), observer};
   for (std::size_t position = 0; position < clips.size(); ++position) {
     if (cancel_requested(host)) break;
+    report_progress(host, MergePhase::merging_clips, position + 1, clips.size());
     visit_clip(clips[position], position, run);
   }
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
@@ -187,20 +181,6 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   return {report, std::move(document)};
 }
 
-Progress counting_progress(std::function<void(std::int64_t, std::int64_t)> show) {
-  struct Counts {
-    std::int64_t done = 0;
-    std::int64_t total = 0;
-  };
-  auto counts = std::make_shared<Counts>();
-  return {
-      .set_indeterminate = {},
-      .set_double_value = [counts](std::int64_t value) { counts->done = value; },
-      .set_max_value = [counts](std::int64_t total) { counts->total = total; },
-      .increment_by = [counts](std::int64_t step) { counts->done += step; },
-      .display_if_needed = [counts, show = std::move(show)] { show(counts->done, counts->total); }};
-}
-
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host) {
   if (sheet_kind(sheet_path) == SheetKind::not_a_log_sheet) return {};
@@ -208,7 +188,7 @@ MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_
   MergedDocument merged = merge_document(sheet_path, xml_path, host, nullptr);
   if (!merged.document) return merged.report;
   const Document& document = *merged.document;
-  enter_phase(host, MergePhase::writing);
+  report_progress(host, MergePhase::writing);
   write_file_replacing(output_path,
                        [&document](const OutputSink& sink) { write_document(document, sink); });
   if (host.keep_document_until_exit) keep_until_exit(std::move(*merged.document));

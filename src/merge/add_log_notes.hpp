@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,32 +12,25 @@
 
 namespace pellago {
 
-// The host's progress bar. Calls come in this order: set_indeterminate(false),
-// set_double_value(0), set_max_value(clips), display_if_needed(); then for every clip visited
-// increment_by(1), display_if_needed().
-struct Progress {
-  std::function<void(bool)> set_indeterminate;
-  std::function<void(std::int64_t)> set_double_value;
-  std::function<void(std::int64_t)> set_max_value;
-  std::function<void(std::int64_t)> increment_by;
-  std::function<void()> display_if_needed;
-};
-
 // The stages of a merge, in the order it goes through them.
 enum class MergePhase { reading_sheet, reading_xml, merging_clips, writing };
 
-// A progress bar that only counts clips: show(done, total) is called wherever the bar would be
-// shown, so once before the first clip (done 0) and then after every clip.
-Progress counting_progress(std::function<void(std::int64_t done, std::int64_t total)> show);
+// Where a merge stands, as the host is told it.
+struct ProgressReport {
+  std::int64_t done = 0;   // clips visited so far; 0 outside merging_clips
+  std::int64_t total = 0;  // clips in the document; 0 outside merging_clips
+  MergePhase phase = MergePhase::reading_sheet;
+};
 
 // What the engine gives to and takes from the application that runs it.
 struct Host {
-  // Told as each phase begins, on the calling thread; merging_clips then counts on progress.
-  std::function<void(MergePhase)> enter_phase;
   // Receives the raw header row once the workbook is open and row 1 is read, before the XML is.
   std::function<void(const std::vector<Cell>&)> set_column_headers;
-  // No progress bar: no progress calls at all.
-  std::optional<Progress> progress;
+  // Told on the calling thread as each phase begins, with done 0 (and total the clips for
+  // merging_clips), then as each clip is visited, before its rows are applied, with the clips
+  // visited so far, that one included. It runs once per clip: a cheap callback keeps a large
+  // merge fast. Unset: no progress.
+  std::function<void(const ProgressReport&)> progress;
   // The frame-rate table, asked for whenever a clip's rate is resolved; unset means FRAME_RATES.
   std::function<const FrameRates&()> frame_rates;
   // For a program that exits right after the merge: the document's tree is not freed but left to

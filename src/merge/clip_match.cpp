@@ -15,12 +15,6 @@ namespace pellago {
 
 namespace {
 
-void count_on_progress(const Host& host) {
-  if (!host.progress) return;
-  if (host.progress->increment_by) host.progress->increment_by(1);
-  if (host.progress->display_if_needed) host.progress->display_if_needed();
-}
-
 const FrameRates& frame_rates(const Host& host) {
   return host.frame_rates ? host.frame_rates() : FRAME_RATES;
 }
@@ -85,7 +79,6 @@ std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index) {
 
 void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   ++run.report.clips_visited;
-  count_on_progress(run.host);
   std::optional<ClipMatch> match = match_clip(clip, run.index);
   if (match) {
     match->beyond_position_limit = run.host.rules.position_limit && position >= run.rows.size();

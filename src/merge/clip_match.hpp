@@ -49,8 +49,8 @@ struct MergeRun {
   MergeObserver* observer = nullptr;  // told what the merge does, for a check; none in a merge
 };
 
-// Counts the clip on the progress bar, matches it and applies each matching row to its target
-// clip. Any error while a row is applied is rethrown naming the clip and the sheet row.
+// Matches the clip and applies each matching row to its target clip. Any error while a row is
+// applied is rethrown naming the clip and the sheet row.
 void visit_clip(Element clip, std::size_t position, MergeRun& run);
 
 }  // namespace pellago

@@ -29,16 +29,20 @@ void tell(VALUE receiver, const char* variable, const char* method, Argument arg
   });
 }
 
-Progress progress_of(VALUE receiver) {
+// The host's progress bar, driven with the calls its callers expect: set up as the clips begin,
+// then one step per clip visited, each followed by a redraw of the view. The other phases have no
+// bar.
+void show_on_progress_bar(VALUE receiver, const ProgressReport& report) {
+  if (report.phase != MergePhase::merging_clips) return;
   constexpr const char* indicator = "@progressIndicator";
-  return Progress{
-      .set_indeterminate = [=](bool on) { tell(receiver, indicator, "setIndeterminate", on); },
-      .set_double_value =
-          [=](std::int64_t value) { tell(receiver, indicator, "setDoubleValue", value); },
-      .set_max_value = [=](std::int64_t value) { tell(receiver, indicator, "setMaxValue", value); },
-      .increment_by = [=](std::int64_t step) { tell(receiver, indicator, "incrementBy", step); },
-      .display_if_needed = [=] { tell(receiver, "@progressView", "displayIfNeeded"); },
-  };
+  if (report.done == 0) {
+    tell(receiver, indicator, "setIndeterminate", false);
+    tell(receiver, indicator, "setDoubleValue", std::int64_t{0});
+    tell(receiver, indicator, "setMaxValue", report.total);
+  } else {
+    tell(receiver, indicator, "incrementBy", std::int64_t{1});
+  }
+  tell(receiver, "@progressView", "displayIfNeeded");
 }
 
 void set_column_headers(VALUE receiver, const std::vector<Cell>& cells) {
@@ -56,7 +60,9 @@ Host host_for(VALUE receiver, bool report_progress, FrameRates& frame_rates) {
   host.set_column_headers = [=](const std::vector<Cell>& cells) {
     set_column_headers(receiver, cells);
   };
-  if (report_progress) host.progress = progress_of(receiver);
+  if (report_progress) {
+    host.progress = [=](const ProgressReport& report) { show_on_progress_bar(receiver, report); };
+  }
   host.frame_rates = [&frame_rates]() -> const FrameRates& {
     return read_frame_rates(frame_rates);
   };

@@ -49,14 +49,29 @@ void translate_engine_error(std::exception_ptr exception) {
   }
 }
 
-// The merge's progress calls, turned into calls of progress(done, total). The engine calls from
-// the merging thread with the GIL released; each call takes the GIL only for the Python call.
+// Whether `function` takes a third positional argument, for the phase: a callback that takes two
+// is called as it always was, with the clip counts alone.
+bool takes_phase(const py::function& function) {
+  try {
+    py::module_::import("inspect").attr("signature")(function).attr("bind")(0, 0, 0);
+    return true;
+  } catch (py::error_already_set& error) {
+    // ValueError: a callable whose signature Python cannot tell; TypeError: no third argument.
+    if (!error.matches(PyExc_TypeError) && !error.matches(PyExc_ValueError)) throw;
+    return false;
+  }
+}
+
+// The merge's progress, passed on as progress(done, total, phase) at every report, or as
+// progress(done, total) for the clips alone. The engine calls from the merging thread with the
+// GIL released; each call takes the GIL only for the Python call.
 class ProgressCallback {
  public:
-  explicit ProgressCallback(py::function function) : function_(std::move(function)) {}
+  explicit ProgressCallback(py::function function)
+      : function_(std::move(function)), with_phase_(takes_phase(function_)) {}
 
-  Progress callbacks() {
-    return counting_progress([this](std::int64_t done, std::int64_t total) { call(done, total); });
+  void report(const ProgressReport& report) {
+    if (with_phase_ || report.phase == MergePhase::merging_clips) call(report);
   }
 
   bool cancelled() const { return cancelled_; }
@@ -69,11 +84,12 @@ class ProgressCallback {
  private:
   // False from the callback, an exception from it, or a signal handler that raised (Ctrl-C) ends
   // the merge at its next cancellation point.
-  void call(std::int64_t done, std::int64_t total) {
+  void call(const ProgressReport& report) {
     if (cancelled_) return;
     py::gil_scoped_acquire gil;
     try {
-      const py::object answer = function_(done, total);
+      const py::object answer = with_phase_ ? function_(report.done, report.total, report.phase)
+                                            : function_(report.done, report.total);
       if (answer.ptr() == Py_False) cancelled_ = true;
       if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     } catch (...) {
@@ -83,6 +99,7 @@ class ProgressCallback {
   }
 
   py::function function_;
+  bool with_phase_;
   bool cancelled_ = false;
   std::exception_ptr raised_;
 };
@@ -94,7 +111,8 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
   Host host;
   host.strict = strict;
   if (progress) {
-    host.progress = callback.emplace(std::move(*progress)).callbacks();
+    callback.emplace(std::move(*progress));
+    host.progress = [&callback](const ProgressReport& report) { callback->report(report); };
     host.cancel_requested = [&callback] { return callback->cancelled(); };
   }
   MergeReport report;
@@ -261,9 +279,12 @@ A sheet whose name does not end in ".xls" or ".xlsx" (lower case) is not a log s
 read or written and the report's outcome is Outcome.not_a_log_sheet.
 
 progress, when given, is called as progress(done, total) with the number of clips visited and
-the number of clips in the document: once with done == 0, then after every clip. Returning False
-cancels the merge: nothing is written and the outcome is Outcome.cancelled. An exception raised
-by progress cancels it too, and is raised again by merge once the merge has stopped.
+the number of clips in the document: once with done == 0, then after every clip. A progress that
+takes a third argument is called as progress(done, total, phase) with the MergePhase, and also
+as each other phase begins (reading_sheet, reading_xml, writing), with done and total 0. Returning False
+cancels the merge before its next clip: nothing is written and the outcome is Outcome.cancelled.
+An exception raised by progress cancels it too, and is raised again by merge once the merge has
+stopped.
 
 A document that is not well-formed XML is merged as far as the parser could recover it: the
 report's `recovered` says how many errors were repaired and where the first was (clips after it
@@ -320,6 +341,13 @@ PYBIND11_MODULE(pellago, module) {
       .value("not_a_log_sheet", Outcome::not_a_log_sheet,
              "The sheet is not an .xls or .xlsx file; nothing was read or written.")
       .value("cancelled", Outcome::cancelled, "The progress callback cancelled; nothing written.");
+
+  py::enum_<MergePhase>(module, "MergePhase",
+                        "The stages of a merge, in the order it goes through.")
+      .value("reading_sheet", MergePhase::reading_sheet)
+      .value("reading_xml", MergePhase::reading_xml)
+      .value("merging_clips", MergePhase::merging_clips)
+      .value("writing", MergePhase::writing);
 
   py::class_<RecoveredErrors>(module, "RecoveredErrors",
                               "What the XML parser repaired in a document that is not well-formed.")

@@ -23,6 +23,19 @@ class Outcome:
     def value(self) -> int: ...
     def __int__(self) -> int: ...
 
+class MergePhase:
+    """The stages of a merge, in the order it goes through."""
+
+    reading_sheet: ClassVar[MergePhase]
+    reading_xml: ClassVar[MergePhase]
+    merging_clips: ClassVar[MergePhase]
+    writing: ClassVar[MergePhase]
+    @property
+    def name(self) -> str: ...
+    @property
+    def value(self) -> int: ...
+    def __int__(self) -> int: ...
+
 class RecoveredErrors:
     """What the XML parser repaired in a document that is not well-formed."""
 
@@ -228,14 +241,20 @@ def merge(
     xml: _Path,
     output: _Path,
     *,
-    progress: Optional[Callable[[int, int], Optional[bool]]] = None,
+    progress: Union[
+        Callable[[int, int], Optional[bool]],
+        Callable[[int, int, MergePhase], Optional[bool]],
+        None,
+    ] = None,
     strict: bool = False,
 ) -> MergeReport:
     """Merges `sheet` into the document `xml` and writes the result to `output` (may be `xml`;
     "-" is standard output).
 
-    progress(done, total) is called once with done == 0 and then after every clip; returning
-    False, or raising, cancels: nothing is written. A sheet not named .xls or .xlsx gives
+    progress(done, total) is called once with done == 0 and then after every clip; a progress
+    that takes a third argument gets the MergePhase too, and is also called, with 0 and 0, as
+    reading the sheet, reading the XML and writing begin. Returning False, or raising, cancels
+    before the next clip: nothing is written. A sheet not named .xls or .xlsx gives
     Outcome.not_a_log_sheet. A document that is not well-formed is merged as far as it could be
     recovered (see MergeReport.recovered), or refused with strict=True. Raises OSError for files
     that cannot be read or written, pellago.Error for anything else that stops the merge;

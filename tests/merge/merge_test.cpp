@@ -38,20 +38,16 @@ const char* phase_name(MergePhase phase) {
 // A host that records every call the engine makes on it.
 struct RecordingHost {
   Host host() {
-    const auto record = [this](const char* call) {
-      return [this, call](auto value) { calls.push_back(fmt::format("{} {}", call, value)); };
-    };
-    return {.enter_phase = [this](MergePhase phase) { calls.push_back(phase_name(phase)); },
-            .set_column_headers =
+    return {.set_column_headers =
                 [this](const std::vector<Cell>& h) {
                   headers = h;
                   calls.push_back("headers");
                 },
-            .progress = Progress{.set_indeterminate = record("indeterminate"),
-                                 .set_double_value = record("value"),
-                                 .set_max_value = record("max"),
-                                 .increment_by = record("increment"),
-                                 .display_if_needed = [this] { calls.push_back("display"); }},
+            .progress =
+                [this](const ProgressReport& report) {
+                  calls.push_back(
+                      fmt::format("{} {}/{}", phase_name(report.phase), report.done, report.total));
+                },
             .frame_rates = {},
             .cancel_requested = {}};
   }
@@ -60,33 +56,25 @@ struct RecordingHost {
   std::vector<std::string> calls;
 };
 
-// The phases, the header row and the progress calls of a merge that visits `clips` clips and
-// writes its output: the header row reaches the host before the XML is read.
+// The progress reports and the header row of a merge that visits `clips` clips and writes its
+// output: the header row reaches the host before the XML is read.
 std::vector<std::string> progress_calls(int clips) {
-  std::vector<std::string> calls{"sheet",
-                                 "headers",
-                                 "xml",
-                                 "clips",
-                                 "indeterminate false",
-                                 "value 0",
-                                 fmt::format("max {}", clips),
-                                 "display"};
-  for (int clip = 0; clip < clips; ++clip) {
-    calls.push_back("increment 1");
-    calls.push_back("display");
-  }
-  calls.push_back("writing");
+  std::vector<std::string> calls{"sheet 0/0", "headers", "xml 0/0"};
+  for (int done = 0; done <= clips; ++done)
+    calls.push_back(fmt::format("clips {}/{}", done, clips));
+  calls.push_back("writing 0/0");
   return calls;
 }
 
 class MergeTest : public ScratchFolderTest {
  protected:
   // Merges the example log sheet into `xml` over an existing output; returns the error message.
-  std::string merge_example_expecting_error(const std::string& xml) {
+  std::string merge_example_expecting_error(const std::string& xml, const Host& host = {}) {
     write_file(path("project.xml"), xml);
     write_file(path("out.xml"), "earlier output\n");
     try {
-      add_log_notes(source_path("examples/log_sheet.xlsx"), path("project.xml"), path("out.xml"));
+      add_log_notes(source_path("examples/log_sheet.xlsx"), path("project.xml"), path("out.xml"),
+                    host);
     } catch (const Error& error) {
       EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
       EXPECT_THAT(folder_entries(folder_), ElementsAre("out.xml", "project.xml"));
@@ -199,8 +187,11 @@ TEST_F(MergeTest, FailuresNameTheClipAndRowAndLeaveTheOutputAsItWas) {
   while (without_duration.find("<duration>3000</duration>") != std::string::npos) {
     without_duration = replace_after(without_duration, second, "<duration>3000</duration>", "");
   }
-  EXPECT_EQ(merge_example_expecting_error(without_duration),
+  RecordingHost recorder;
+  EXPECT_EQ(merge_example_expecting_error(without_duration, recorder.host()),
             "clip \"A001_C002_0611AB\" (id A001_C002_0611AB, sheet row 3): no <duration> element");
+  // The failing clip was counted before its rows were applied.
+  EXPECT_EQ(recorder.calls.back(), "clips 2/6");
 
   EXPECT_EQ(merge_example_expecting_error(replace_after(project, second, second, "<clip>")),
             "clip \"A001_C002_0611AB\" (no id, sheet row 3): no id attribute to build the ids of "
@@ -224,7 +215,7 @@ TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
       },
       testing::ThrowsMessage<Error>(testing::StartsWith(path("log.xlsx") + ": ")));
   EXPECT_THAT(recorder.headers, ElementsAre(Cell("Name"), Cell(), Cell("Scene")));
-  EXPECT_THAT(recorder.calls, ElementsAre("sheet", "headers", "xml"));
+  EXPECT_THAT(recorder.calls, ElementsAre("sheet 0/0", "headers", "xml 0/0"));
   EXPECT_THAT(
       [&] {
         add_log_notes(source_path("tests/workbook/data/late_out_of_order.xlsx"),

@@ -65,10 +65,25 @@ def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
     assert report.outcome == pellago.Outcome.merged
     assert calls == [(done, CLIPS_IN_PROJECT) for done in range(CLIPS_IN_PROJECT + 1)]
 
+    # A callback that takes the phase hears every phase begin, from the start of reading.
+    calls = []
+    pellago.merge(
+        SHEET, PROJECT, tmp_path / "out.xml", progress=lambda *report: calls.append(report)
+    )
+    phase = pellago.MergePhase
+    assert calls == [
+        (0, 0, phase.reading_sheet),
+        (0, 0, phase.reading_xml),
+        *[(done, CLIPS_IN_PROJECT, phase.merging_clips) for done in range(CLIPS_IN_PROJECT + 1)],
+        (0, 0, phase.writing),
+    ]
+
     output = tmp_path / "earlier.xml"
     output.write_text("earlier output")
     report = pellago.merge(SHEET, PROJECT, output, progress=lambda done, total: done < 2)
     assert (report.outcome, report.clips_visited) == (pellago.Outcome.cancelled, 2)
+    report = pellago.merge(SHEET, PROJECT, output, progress=lambda done, total, phase: False)
+    assert (report.outcome, report.clips_visited) == (pellago.Outcome.cancelled, 0)
     assert output.read_text() == "earlier output"
 
     def interrupt(done, total):
