@@ -47,7 +47,8 @@ struct MergeRun {
 };
 
 // Counts the clip on the progress bar, matches it and applies each matching row to its target
-// clip. Any error while a row is applied is rethrown naming the clip and the sheet row.
+// clip. Any error while a row is applied is rethrown naming the clip and the sheet row, in its
+// message and in its row and clip.
 void visit_clip(Element clip, std::size_t position, MergeRun& run);
 
 }  // namespace pellago
