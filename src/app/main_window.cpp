@@ -29,6 +29,7 @@
 #include <utility>
 
 #include "check/check.hpp"
+#include "error.hpp"
 #include "merge/messages.hpp"
 #include "workbook/workbook.hpp"
 
@@ -87,10 +88,18 @@ MergeResult run_merge(const std::string& sheet, const std::string& xml, const st
   host.progress = post_progress(window, std::move(show_progress));
   host.cancel_requested = [cancel] { return cancel->load(); };
   try {
-    return {add_log_notes(sheet, xml, output, host), {}};
+    return {add_log_notes(sheet, xml, output, host), {}, {}};
   } catch (const std::exception& failure) {
-    return {std::nullopt, text(failure_message(failure))};
+    const auto* error = dynamic_cast<const Error*>(&failure);
+    return {std::nullopt, text(failure_message(failure)), error ? error->row : std::nullopt};
   }
+}
+
+// The sheet row that a merge the check ran would fail at, when its error names one.
+std::optional<int> failing_row(const CheckReport& report) {
+  if (!report.error || report.findings.empty()) return std::nullopt;
+  const Finding& last = report.findings.back();
+  return last.kind == FindingKind::merge_fails ? last.row : std::nullopt;
 }
 
 QString counted(std::size_t count, const QString& one, const QString& many) {
@@ -410,6 +419,7 @@ void MainWindow::show_check(const std::shared_ptr<const CheckReport>& report) {
     check_summary_->setText(text(not_a_log_sheet_message(local_path(sheet_edit_->text()))));
   } else if (report->error) {
     check_summary_->setText(tr("A merge would fail: %1").arg(text(*report->error)));
+    if (const std::optional<int> row = failing_row(*report)) select_sheet_row(*row);
   } else {
     check_summary_->setText(
         tr("%1 - a merge would visit %2")
@@ -431,8 +441,11 @@ void MainWindow::show_check(const std::shared_ptr<const CheckReport>& report) {
 void MainWindow::show_finding(const QModelIndex& index) {
   if (!index.isValid()) return;
   const Finding& finding = findings_model_.finding(index.row());
-  if (!finding.row) return;
-  const int row = sheet_model_.model_row(*finding.row);
+  if (finding.row) select_sheet_row(*finding.row);
+}
+
+void MainWindow::select_sheet_row(int sheet_row) {
+  const int row = sheet_model_.model_row(sheet_row);
   if (row < 0) return;
   sheet_view_->selectRow(row);
   sheet_view_->scrollTo(sheet_model_.index(row, 0));
@@ -484,6 +497,7 @@ void MainWindow::show_merge_result(const MergeResult& result) {
   if (!result.report) {
     progress_->setValue(progress_->minimum());
     show_message(result.error, true);
+    if (result.error_row) select_sheet_row(*result.error_row);
   } else if (result.report->outcome == Outcome::not_a_log_sheet) {
     show_message(text(not_a_log_sheet_message(local_path(sheet_edit_->text()))), true);
   } else if (result.report->outcome == Outcome::cancelled) {

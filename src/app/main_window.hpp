@@ -21,10 +21,12 @@ class QTableView;
 
 namespace pellago::app {
 
-// How a merge run on the worker thread ended: its report, or the message of its failure.
+// How a merge run on the worker thread ended: its report, or the message of its failure and the
+// sheet row it names, if any.
 struct MergeResult {
   std::optional<MergeReport> report;
   QString error;
+  std::optional<int> error_row;
 };
 
 // The one window: the log sheet, the XML export and the output file; the sheet as the merge reads
@@ -75,6 +77,7 @@ class MainWindow : public QMainWindow {
   void start_check();
   void show_check(const std::shared_ptr<const CheckReport>& report);
   void show_finding(const QModelIndex& index);
+  void select_sheet_row(int sheet_row);
   bool confirm_replacing(const QString& output);
   void show_progress(qint64 value, qint64 maximum);
   void show_merge_result(const MergeResult& result);

@@ -71,9 +71,9 @@ CheckReport check(const std::string& sheet_path, const std::string& xml_path,
     report.system_error = error.system_error;
     report.findings.push_back({FindingKind::merge_fails,
                                Severity::error,
-                               std::nullopt,
-                               std::nullopt,
-                               std::nullopt,
+                               error.row,
+                               error.column,
+                               error.clip,
                                error.what(),
                                {}});
   }

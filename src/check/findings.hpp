@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "error.hpp"
 #include "merge/add_log_notes.hpp"
 #include "sheet/log_sheet.hpp"
 
@@ -42,17 +43,6 @@ enum class Severity { note, warning, error };
 
 std::string_view kind_name(FindingKind kind);
 std::string_view severity_name(Severity severity);
-
-// A column of the sheet as a spreadsheet shows it.
-struct Column {
-  std::string header;  // the header text of row 1
-  std::string letter;  // "A", "B", ... "AA"
-};
-
-struct ClipRef {
-  std::string name;
-  std::optional<std::string> id;  // none when the clip has no id attribute
-};
 
 struct Finding {
   FindingKind kind = FindingKind::unmatched_name;

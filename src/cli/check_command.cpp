@@ -42,8 +42,9 @@ texts (old and new), elements added and removed, subclip copies made.
 --json prints one JSON document instead (its shape is in the README).
 
 Exit status: 0 no findings; 4 findings; 1 the merge would fail or an input cannot
-be read (the error as 'pellago merge' words it); 2 wrong usage; 3 SHEET does not
-end in .xls or .xlsx.)";
+be read (the error as 'pellago merge' words it, on standard error; a failure at a
+sheet row, column or clip is also listed as a finding there); 2 wrong usage; 3
+SHEET does not end in .xls or .xlsx.)";
 
 struct CheckArguments {
   std::string sheet;
@@ -71,6 +72,12 @@ std::string finding_line(const Finding& finding) {
   line += fmt::format(": {}: {}", severity_name(finding.severity), finding.message);
   if (!finding.suggestion.empty()) line += fmt::format(" ({})", finding.suggestion);
   return line;
+}
+
+// The merge's failure is listed among the findings only when it names where in the sheet or the
+// document it arose: its message goes to standard error in any case.
+bool is_listed(const Finding& finding) {
+  return finding.kind != FindingKind::merge_fails || finding.row || finding.column || finding.clip;
 }
 
 std::string leaves_text(const std::vector<std::pair<std::string, std::string>>& content) {
@@ -186,7 +193,7 @@ int run_check(const CheckArguments& arguments) {
         stdout);
   } else {
     for (const Finding& finding : report.findings) {
-      if (finding.kind != FindingKind::merge_fails) print(finding_line(finding) + "\n", stdout);
+      if (is_listed(finding)) print(finding_line(finding) + "\n", stdout);
     }
     if (arguments.changes && !report.error) {
       for (const Change& change : report.changes) print(change_line(change) + "\n", stdout);

@@ -29,7 +29,7 @@ std::vector<LogRow> read_rows(const Workbook& workbook, const std::vector<Cell>&
   try {
     return read_log_rows(workbook, headers);
   } catch (const Error& error) {
-    throw Error(fmt::format("{}: {}", sheet_path, error.what()), error.system_error);
+    throw Error(fmt::format("{}: {}", sheet_path, error.what()), error);
   }
 }
 

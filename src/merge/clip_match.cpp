@@ -48,9 +48,14 @@ CutClip cut_clip_of(const ClipMatch& match) {
   return cut;
 }
 
-std::string describe(const ClipMatch& match, std::size_t row) {
-  return fmt::format("clip \"{}\" ({}, sheet row {})", match.name,
-                     match.id ? "id " + *match.id : "no id", sheet_row(row));
+// The error again, naming the clip and the sheet row in its message and its fields.
+Error in_row(const Error& error, const ClipMatch& match, std::size_t row) {
+  Error wrapped(fmt::format("clip \"{}\" ({}, sheet row {}): {}", match.name,
+                            match.id ? "id " + *match.id : "no id", sheet_row(row), error.what()),
+                error);
+  wrapped.row = sheet_row(row);
+  wrapped.clip = ClipRef{.name = match.name, .id = match.id};
+  return wrapped;
 }
 
 }  // namespace
@@ -93,7 +98,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
     try {
       apply_row(*match, j, run);
     } catch (const Error& error) {
-      throw Error(fmt::format("{}: {}", describe(*match, row), error.what()), error.system_error);
+      throw in_row(error, *match, row);
     }
   }
   if (match->several) run.report.cut_clips.push_back(cut_clip_of(*match));

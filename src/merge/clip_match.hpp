@@ -50,7 +50,7 @@ struct MergeRun {
 };
 
 // Matches the clip and applies each matching row to its target clip. Any error while a row is
-// applied is rethrown naming the clip and the sheet row.
+// applied is rethrown naming the clip and the sheet row, in its message and in its row and clip.
 void visit_clip(Element clip, std::size_t position, MergeRun& run);
 
 }  // namespace pellago

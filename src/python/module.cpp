@@ -30,6 +30,15 @@ namespace {
 // pellago.Error; made once when the module is imported and kept for the life of the process.
 PyObject* error_type = nullptr;
 
+// pellago.Error with the message, the sheet row, column and clip of `error` (None when unknown).
+py::object python_error(const Error& error) {
+  py::object raised = py::handle(error_type)(error.what());
+  raised.attr("row") = py::cast(error.row);
+  raised.attr("column") = py::cast(error.column);
+  raised.attr("clip") = py::cast(error.clip);
+  return raised;
+}
+
 // Turns pellago::Error into OSError (FileNotFoundError, PermissionError... chosen by Python from
 // the errno) when a system call failed, into pellago.Error otherwise. Other exceptions go on to
 // pybind11's own translators (std::bad_alloc becomes MemoryError).
@@ -38,7 +47,7 @@ void translate_engine_error(std::exception_ptr exception) {
     if (exception) std::rethrow_exception(exception);
   } catch (const Error& error) {
     if (error.system_error == 0) {
-      PyErr_SetString(error_type, error.what());
+      PyErr_SetObject(error_type, python_error(error).ptr());
       return;
     }
     PyObject* os_error =
@@ -330,10 +339,14 @@ PYBIND11_MODULE(pellago, module) {
   error_type = PyErr_NewExceptionWithDoc(
       "pellago.Error",
       "A log sheet or document that cannot be merged; the message says which file, clip or row "
-      "and what is missing.",
+      "and what is missing. row (the sheet row, 2 for the first data row), column (a Column) and "
+      "clip (a ClipRef) say where, or are None when that is not known.",
       PyExc_ValueError, nullptr);
   if (error_type == nullptr) throw py::error_already_set();
   module.add_object("Error", py::handle(error_type));
+  for (const char* where : {"row", "column", "clip"}) {
+    py::handle(error_type).attr(where) = py::none();
+  }
   py::register_exception_translator(translate_engine_error);
 
   py::enum_<Outcome>(module, "Outcome", "How a merge ended.")

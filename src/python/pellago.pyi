@@ -11,6 +11,13 @@ _Path = Union[str, os.PathLike[str]]
 class Error(ValueError):
     """A log sheet or document that cannot be merged; the message says which file, clip or row."""
 
+    row: Optional[int]
+    """The sheet row (2: the first data row), or None when not known."""
+    column: Optional[Column]
+    """The column of the cell at fault, or None."""
+    clip: Optional[ClipRef]
+    """The clip being merged, or None."""
+
 class Outcome:
     """How a merge ended."""
 

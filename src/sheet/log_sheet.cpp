@@ -17,6 +17,7 @@ namespace {
 // What one used column of the sheet feeds; ignored columns have no plan and are never read.
 struct ColumnPlan {
   int column = 0;                      // 1-based
+  std::string header;                  // its text in row 1
   std::optional<ColumnRole> marker{};  // the column's place in a marker group; none for a field
   std::size_t slot = 0;                // index into the shared headers, for a field column
 };
@@ -26,16 +27,25 @@ struct SheetPlan {
   std::vector<ColumnPlan> columns;  // in column order
 };
 
+// An error about the column (1-based) under `header`, naming it in its fields too.
+Error column_error(const std::string& message, std::string header, int column) {
+  Error error(message);
+  error.column = Column{.header = std::move(header), .letter = column_letters(column)};
+  return error;
+}
+
 const std::string& header_text(const Cell& header, int column) {
   if (const auto* text = std::get_if<std::string>(&header)) return *text;
   const std::string where = fmt::format("column {} ({})", column_letters(column), column);
   if (std::holds_alternative<std::monostate>(header)) {
-    throw Error(
-        fmt::format("{} has no header text: every column in use needs a text header", where));
+    throw column_error(
+        fmt::format("{} has no header text: every column in use needs a text header", where), "",
+        column);
   }
-  throw Error(
+  throw column_error(
       fmt::format("{} header is the {} {}, not text: every column in use needs a text header",
-                  where, cell_kind_name(header), cell_text(header)));
+                  where, cell_kind_name(header), cell_text(header)),
+      cell_text(header), column);
 }
 
 // The marker group role of a column under a header holding "Marker": such a column is read only
@@ -53,7 +63,7 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row) {
   for (std::size_t i = 0; i < header_row.size(); ++i) {
     const int column = static_cast<int>(i) + 1;
     const std::string& header = header_text(header_row[i], column);
-    ColumnPlan plan{.column = column};
+    ColumnPlan plan{.column = column, .header = header};
     if (header.find("Marker") != std::string::npos) {
       plan.marker = marker_role(header);
       if (!plan.marker) continue;
@@ -69,12 +79,15 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row) {
 
 // Every text read from the sheet may end up in the XML document: one that XML 1.0 cannot carry
 // ends the read, naming the row, the column and what is wrong.
-void require_xml_text(const std::string& text, int row, int column) {
+void require_xml_text(const std::string& text, int row, const ColumnPlan& column) {
   if (const auto problem = text_xml_cannot_carry(text)) {
-    throw Error(
-        fmt::format("sheet row {}, column {} ({}): the cell holds {}, which XML 1.0 "
-                    "cannot carry",
-                    row, column_letters(column), column, *problem));
+    Error error =
+        column_error(fmt::format("sheet row {}, column {} ({}): the cell holds {}, which XML 1.0 "
+                                 "cannot carry",
+                                 row, column_letters(column.column), column.column, *problem),
+                     column.header, column.column);
+    error.row = row;
+    throw error;
   }
 }
 
@@ -94,7 +107,7 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
   MarkerEntry* marker = &unlisted;
   for (const ColumnPlan& column : plan.columns) {
     std::string text = cell_text(workbook.cell(row, column.column));
-    require_xml_text(text, row, column.column);
+    require_xml_text(text, row, column);
     if (!column.marker) {
       if (!text.empty() && column.slot >= log_row.values.size()) {
         log_row.values.resize(column.slot + 1);

@@ -54,8 +54,10 @@ std::string column_letters(int column);
 std::vector<Cell> read_header_row(const Workbook& workbook);
 
 // One LogRow per sheet row from 2 to the last row, blank rows included. Throws Error naming the
-// column (letter and number) at the first data row when a header is empty or not text, and when
-// the worksheet has no cell in use at all; the message does not name the file, the caller does.
+// column (letter and number) at the first data row when a header is empty or not text, naming
+// the row and column of a cell holding what XML 1.0 cannot carry (both also in the error's row
+// and column), and when the worksheet has no cell in use at all; the message does not name the
+// file, the caller does.
 std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers);
 
 }  // namespace pellago

@@ -14,7 +14,7 @@ std::optional<LogSheet> read_log_sheet(const std::string& path) {
   try {
     sheet.rows = read_log_rows(workbook, sheet.headers);
   } catch (const Error& error) {
-    throw Error(fmt::format("{}: {}", path, error.what()), error.system_error);
+    throw Error(fmt::format("{}: {}", path, error.what()), error);
   }
   return sheet;
 }

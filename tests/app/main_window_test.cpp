@@ -224,6 +224,31 @@ class MainWindowTest : public QObject {
     QVERIFY(checked.wait(kWaitMs));
     QCOMPARE(findings->model()->rowCount(), 4);
   }
+
+  // A check and a merge that fail at a sheet row select that row in the sheet table.
+  void failingRowIsSelected() {
+    QTemporaryDir scratch;
+    const QString broken = scratch.filePath(QStringLiteral("broken.xml"));
+    QByteArray xml = read_all(kProject);
+    xml.replace("<duration>1798</duration>", "");
+    write_all(broken, xml);
+    MainWindow window;
+    QSignalSpy checked(&window, &MainWindow::checked);
+    window.open_file(kSheet);
+    window.open_file(broken);
+    QVERIFY(checked.wait(kWaitMs));
+    auto* table = child<QTableView>(window, "sheetTable");
+    const QModelIndexList row_6 =
+        table->model()->match(table->model()->index(0, 0), Qt::DisplayRole, QStringLiteral("6"));
+    QCOMPARE(row_6.size(), 1);
+    QCOMPARE(table->selectionModel()->selectedRows(), row_6);
+
+    table->clearSelection();
+    QSignalSpy ended(&window, &MainWindow::merge_ended);
+    window.merge();
+    QVERIFY(ended.wait(kWaitMs));
+    QCOMPARE(table->selectionModel()->selectedRows(), row_6);
+  }
 };
 
 }  // namespace pellago::app

@@ -179,6 +179,32 @@ TEST_F(CheckTest, SecondLookFindingsSayWhereAndWhatToWrite) {
               testing::Contains(std::make_tuple("word_case", 6, "F", "B001_C002_0611CD")));
 }
 
+// A merge that would fail puts its error's row, column and clip on its finding: a clip the merge
+// cannot log, a cell XML cannot carry, a header that is not text.
+TEST_F(CheckTest, FailingMergeSaysWhere) {
+  const auto where = [](const std::string& sheet, const std::string& xml) {
+    const CheckReport report = check(sheet, xml);
+    if (report.findings.empty()) return std::make_tuple(0, std::string(), std::string());
+    const Finding& failed = report.findings.back();
+    EXPECT_EQ(failed.kind, FindingKind::merge_fails);
+    return std::make_tuple(
+        failed.row.value_or(0),
+        failed.column ? failed.column->letter + " " + failed.column->header : "",
+        failed.clip ? failed.clip->name + " " + failed.clip->id.value_or("none") : "");
+  };
+  const std::string project = source_path("examples/project.xml");
+  write_file(path("project.xml"), replace_all(read_file(project), "<duration>3000</duration>", ""));
+  EXPECT_EQ(where(source_path("examples/log_sheet.xlsx"), path("project.xml")),
+            std::make_tuple(3, "", "A001_C002_0611AB A001_C002_0611AB"));
+
+  write_xlsx(path("log.xlsx"), {{"Name", "Scene", "Log Note"},
+                                {"A001_C001_0611AB", "1"},
+                                {"A001_C002_0611AB", "2", "ring\a"}});
+  EXPECT_EQ(where(path("log.xlsx"), project), std::make_tuple(3, "C Log Note", ""));
+  write_xlsx(path("log.xlsx"), {{"Name", "", "Scene"}, {"A001_C001_0611AB", "1", "2"}});
+  EXPECT_EQ(where(path("log.xlsx"), project), std::make_tuple(0, "B ", ""));
+}
+
 // Names typed as macOS and spreadsheets hand them over: decomposed accents, a number cell, letter
 // case and blanks; and a name that two clips carry.
 TEST_F(CheckTest, NearMissNamesSayWhatSetsThemApart) {

@@ -55,6 +55,8 @@ merge_err=$err
 run check "$source_dir/examples/log_sheet.xlsx" "$scratch/broken.xml"
 expect_status 1 "check of a merge that fails"
 [[ -n $err && $err == "$merge_err" ]] || fail "check says '$err', merge says '$merge_err'"
+[[ $(tail -n 1 "$scratch/stdout") == "row 2, clip \"A001_C001_0611AB\" (id A001_C001_0611AB): error: ${merge_err#pellago: }" ]] ||
+  fail "check lists the failure as '$(tail -n 1 "$scratch/stdout")'"
 
 # Not a log sheet: status 3. Wrong usage: status 2.
 run check "$scratch/log.XLSX" "$project"

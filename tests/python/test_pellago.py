@@ -180,6 +180,27 @@ def test_check_gives_what_the_program_prints_as_objects(tmp_path):
     assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
 
 
+def test_an_error_says_where_in_the_sheet_and_document(tmp_path):
+    broken = tmp_path / "broken.xml"
+    broken.write_text(PROJECT.read_text().replace("<duration>1500</duration>", ""))
+    with pytest.raises(pellago.Error) as at_clip:
+        pellago.merge(SHEET, broken, tmp_path / "out.xml")
+    assert (at_clip.value.row, at_clip.value.column) == (2, None)
+    assert (at_clip.value.clip.name, at_clip.value.clip.id) == ("A001_C001_0611AB",) * 2
+
+    sheet = tmp_path / "log.xlsx"
+    with xlsxwriter.Workbook(sheet) as workbook:
+        worksheet = workbook.add_worksheet()
+        rows = [["Name", "Scene", "Log Note"], ["A001_C001_0611AB", "1"], ["B", "2", "ring\a"]]
+        for number, row in enumerate(rows):
+            worksheet.write_row(number, 0, row)
+    with pytest.raises(pellago.Error) as at_cell:
+        pellago.merge(sheet, PROJECT, tmp_path / "out.xml")
+    assert (at_cell.value.row, at_cell.value.clip) == (3, None)
+    assert (at_cell.value.column.header, at_cell.value.column.letter) == ("Log Note", "C")
+    assert pellago.Error("made in Python").row is None
+
+
 MEMORY_LIMITED_MERGE = """
 import resource, sys, pellago
 size = next(int(line.split()[1]) * 1024 for line in open("/proc/self/status")
