@@ -29,13 +29,8 @@ CheckReport check(const std::string& sheet_path, const std::string& xml_path,
     report.merge.outcome = Outcome::merged;
     report.error = error.what();
     report.system_error = error.system_error;
-    report.findings.push_back({FindingKind::merge_fails,
-                               Severity::error,
-                               std::nullopt,
-                               std::nullopt,
-                               std::nullopt,
-                               error.what(),
-                               {}});
+    report.findings.push_back(
+        {.kind = FindingKind::merge_fails, .severity = Severity::error, .message = error.what()});
   }
   return report;
 }

@@ -69,26 +69,28 @@ struct ClipRef {
 struct Finding {
   FindingKind kind = FindingKind::unmatched_name;
   Severity severity = Severity::warning;
-  std::optional<int> row;        // the sheet row as the spreadsheet numbers it (2 = first data row)
-  std::optional<Column> column;  // none for findings about a whole row or clip
-  std::optional<ClipRef> clip;   // the clip concerned, when there is one
-  std::string message;           // one sentence, for people
-  std::string suggestion;        // what to change, or empty when there is nothing to suggest
+  // The sheet row as the spreadsheet numbers it (2 = first data row).
+  std::optional<int> row{};
+  std::optional<Column> column{};  // none for findings about a whole row or clip
+  std::optional<ClipRef> clip{};   // the clip concerned, when there is one
+  std::string message{};           // one sentence, for people
+  std::string suggestion{};        // what to change, or empty when there is nothing to suggest
 };
 
 // One difference a merge makes to the document.
 struct Change {
   ChangeKind kind = ChangeKind::text_set;
-  std::optional<int> row;       // the sheet row that causes it; none for document-wide changes
-  std::optional<ClipRef> clip;  // the clip the element belongs to (the copy, for a copy's changes)
+  std::optional<int> row{};  // the sheet row that causes it; none for document-wide changes
+  // The clip the element belongs to (the copy, for a copy's changes).
+  std::optional<ClipRef> clip{};
   // Path from the clip ("logginginfo/scene", "media/video/track/clipitem/@id"), or from the
   // document's root element for an element outside every clip. For subclip_made, "clip".
-  std::string element;
-  std::optional<std::string> old_text;  // none for added and subclip_made
-  std::optional<std::string> new_text;  // none for removed
+  std::string element{};
+  std::optional<std::string> old_text{};  // none for added and subclip_made
+  std::optional<std::string> new_text{};  // none for removed
   // added, removed, subclip_made: (path below the element, text) of every element that holds no
   // element, in document order; the path is empty for the element itself.
-  std::vector<std::pair<std::string, std::string>> content;
+  std::vector<std::pair<std::string, std::string>> content{};
 };
 
 // A data row as the merge read it, with the clips whose name it carries.
