@@ -121,6 +121,8 @@ int field_value(const std::string& field) { return std::stoi(field); }
 
 }  // namespace
 
+bool counts_drop_frames(std::string_view display_format) { return display_format == "DF"; }
+
 std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format) {
   const std::int64_t base = frame_base(rate);
   std::vector<std::string> texts = split_fields(with_colons(timecode));
@@ -128,7 +130,7 @@ std::int64_t to_frames(std::string_view timecode, double rate, std::string_view 
   const TimecodeFields fields = assign_from_end(texts);
   Wide total = Wide{fields.frames} + Wide{fields.seconds} * base +
                Wide{fields.minutes} * 60 * base + Wide{fields.hours} * 3600 * base;
-  if (display_format == "DF") total -= dropped_frames(fields, base);
+  if (counts_drop_frames(display_format)) total -= dropped_frames(fields, base);
   return clamp_to_int64(total);
 }
 
@@ -165,7 +167,7 @@ bool has_no_digits(std::string_view text) { return std::ranges::none_of(text, is
 std::string to_timecode(std::int64_t frames, double rate, std::string_view display_format) {
   const std::int64_t base = frame_base(rate);
   if (frames < 0 || base <= 0) return std::to_string(frames);
-  const std::int64_t dropped = display_format == "DF" ? dropped_per_minute(base) : 0;
+  const std::int64_t dropped = counts_drop_frames(display_format) ? dropped_per_minute(base) : 0;
   // Counted frames per hour, per ten minutes and per minute after the first of ten; the first
   // minute of every ten keeps all its labels.
   const std::int64_t per_full_minute = 60 * base;
