@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "timecode/read_integer.hpp"
+#include "timecode/trimmed.hpp"
 
 namespace pellago {
 
@@ -110,13 +111,6 @@ bool all_digits(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, is_digit);
 }
 
-std::string_view trimmed(std::string_view text) {
-  const auto blank = [](char c) { return c == ' ' || c == '\t'; };
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 int field_value(const std::string& field) { return std::stoi(field); }
 
 }  // namespace
@@ -135,7 +129,9 @@ std::int64_t to_frames(std::string_view timecode, double rate, std::string_view 
 }
 
 bool is_timecode(std::string_view text, std::int64_t frame_base) {
-  const std::string_view core = trimmed(text);
+  // Only spaces and tabs may stand around a timecode: with a line break at either end, a text is
+  // no timecode, and check says so.
+  const std::string_view core = trimmed(text, " \t");
   if (all_digits(core)) return true;
   std::vector<std::string> fields = timecode_fields(core);
   if (!std::ranges::all_of(fields, [](const std::string& field) { return all_digits(field); })) {
