@@ -1,8 +1,14 @@
 #include "app/worker_heaps.hpp"
 
+#include <cstdlib>  // defines __GLIBC__ with glibc
+
+#ifdef __GLIBC__
 #include <malloc.h>
+#endif
 
 namespace pellago::app {
+
+#ifdef __GLIBC__
 
 namespace {
 
@@ -12,5 +18,11 @@ constexpr int kHeapPad = 64 << 20;
 }  // namespace
 
 void pad_worker_heaps() { mallopt(M_TOP_PAD, kHeapPad); }
+
+#else
+
+void pad_worker_heaps() {}
+
+#endif
 
 }  // namespace pellago::app

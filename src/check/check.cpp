@@ -1,7 +1,5 @@
 #include "check/check.hpp"
 
-#include <array>
-
 #include "check/change_record.hpp"
 #include "check/findings_collector.hpp"
 #include "error.hpp"
@@ -10,46 +8,16 @@
 
 namespace pellago {
 
-namespace {
-
-// Indexed by the enumerators' values, in their order.
-constexpr std::array<std::string_view, 21> kKindNames{"unmatched_name",
-                                                      "near_header",
-                                                      "ignored_marker_header",
-                                                      "good_not_yes",
-                                                      "unknown_marker_color",
-                                                      "not_a_timecode",
-                                                      "outside_media",
-                                                      "out_before_in",
-                                                      "position_limit",
-                                                      "shared_clip_name",
-                                                      "repeated_name",
-                                                      "marker_already_present",
-                                                      "earlier_subclip",
-                                                      "three_field_timecode",
-                                                      "time_of_day_cell",
-                                                      "timecode_without_digits",
-                                                      "number_in_text_column",
-                                                      "in_out_on_single_row",
-                                                      "word_case",
-                                                      "merge_fails",
-                                                      "recovered_xml"};
-constexpr std::array<std::string_view, 3> kSeverityNames{"note", "warning", "error"};
-constexpr std::array<std::string_view, 5> kChangeKindNames{"text_set", "attribute_set", "added",
-                                                           "removed", "subclip_made"};
-
-}  // namespace
-
 std::string_view kind_name(FindingKind kind) {
-  return kKindNames.at(static_cast<std::size_t>(kind));
+  return kFindingKinds.at(static_cast<std::size_t>(kind)).name;
 }
 
 std::string_view severity_name(Severity severity) {
-  return kSeverityNames.at(static_cast<std::size_t>(severity));
+  return kSeverities.at(static_cast<std::size_t>(severity)).name;
 }
 
 std::string_view change_kind_name(ChangeKind kind) {
-  return kChangeKindNames.at(static_cast<std::size_t>(kind));
+  return kChangeKinds.at(static_cast<std::size_t>(kind)).name;
 }
 
 CheckReport check(const std::string& sheet_path, const std::string& xml_path,
@@ -69,13 +37,12 @@ CheckReport check(const std::string& sheet_path, const std::string& xml_path,
     report.merge.outcome = Outcome::merged;
     report.error = error.what();
     report.system_error = error.system_error;
-    report.findings.push_back({FindingKind::merge_fails,
-                               Severity::error,
-                               error.row,
-                               error.column,
-                               error.clip,
-                               error.what(),
-                               {}});
+    report.findings.push_back({.kind = FindingKind::merge_fails,
+                               .severity = Severity::error,
+                               .row = error.row,
+                               .column = error.column,
+                               .clip = error.clip,
+                               .message = error.what()});
   }
   return report;
 }

@@ -12,6 +12,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "timecode/trimmed.hpp"
+
 namespace pellago {
 
 namespace {
@@ -33,14 +35,6 @@ std::string mapped(std::string_view text, int options) {
 
 std::string folded(std::string_view text) {
   return mapped(text, UTF8PROC_STABLE | UTF8PROC_COMPOSE | UTF8PROC_CASEFOLD);
-}
-
-bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 // "101.0" -> "101": how a number cell holding a whole number reads.

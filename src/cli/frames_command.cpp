@@ -43,7 +43,7 @@ void warn_about_unusual_input(const FramesArguments& arguments) {
                    .c_str(),
                stderr);
   }
-  if (arguments.display_format != "DF" && arguments.display_format != "NDF") {
+  if (!counts_drop_frames(arguments.display_format) && arguments.display_format != "NDF") {
     std::fputs(fmt::format("pellago: warning: \"{}\" is not DF, which is compared exactly: every "
                            "frame is counted, without drop frames\n",
                            arguments.display_format)

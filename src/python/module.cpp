@@ -5,6 +5,8 @@
 #include <pybind11/stl.h>
 #include <pybind11/stl/filesystem.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -146,13 +148,10 @@ CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesyste
   return report;
 }
 
-// The enumerators from 0 to `last`, under the library's own names for them.
-template <typename Enum, typename Name>
-void add_named_values(py::enum_<Enum>& type, Enum last, Name name) {
-  for (int i = 0; i <= static_cast<int>(last); ++i) {
-    const auto value = static_cast<Enum>(i);
-    type.value(std::string(name(value)).c_str(), value);
-  }
+// Every enumerator of one of the library's tables, under its name there.
+template <typename Enum, std::size_t size>
+void add_named_values(py::enum_<Enum>& type, const std::array<NamedValue<Enum>, size>& table) {
+  for (const auto& [value, name] : table) type.value(std::string(name).c_str(), value);
 }
 
 // One data row of a sheet, as Python sees it.
@@ -387,13 +386,13 @@ PYBIND11_MODULE(pellago, module) {
       .def("__repr__", [](const MergeReport& report) { return repr(report); });
 
   py::enum_<FindingKind> finding_kind(module, "FindingKind", "What a check found.");
-  add_named_values(finding_kind, FindingKind::recovered_xml, kind_name);
+  add_named_values(finding_kind, kFindingKinds);
   py::enum_<Severity> severity(module, "Severity",
                                "note: often meant; warning: the sheet probably does not say what "
                                "was meant; error: the merge would fail.");
-  add_named_values(severity, Severity::error, severity_name);
+  add_named_values(severity, kSeverities);
   py::enum_<ChangeKind> change_kind(module, "ChangeKind", "What a change does to the document.");
-  add_named_values(change_kind, ChangeKind::subclip_made, change_kind_name);
+  add_named_values(change_kind, kChangeKinds);
 
   py::class_<Column>(module, "Column", "A column of the sheet, as a spreadsheet shows it.")
       .def_readonly("header", &Column::header, "The header text of row 1.")

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "timecode/read_integer.hpp"
+#include "timecode/trimmed.hpp"
 
 namespace pellago {
 
@@ -110,16 +111,11 @@ bool all_digits(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, is_digit);
 }
 
-std::string_view trimmed(std::string_view text) {
-  const auto blank = [](char c) { return c == ' ' || c == '\t'; };
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 int field_value(const std::string& field) { return std::stoi(field); }
 
 }  // namespace
+
+bool counts_drop_frames(std::string_view display_format) { return display_format == "DF"; }
 
 std::int64_t to_frames(std::string_view timecode, double rate, std::string_view display_format) {
   const std::int64_t base = frame_base(rate);
@@ -128,12 +124,14 @@ std::int64_t to_frames(std::string_view timecode, double rate, std::string_view 
   const TimecodeFields fields = assign_from_end(texts);
   Wide total = Wide{fields.frames} + Wide{fields.seconds} * base +
                Wide{fields.minutes} * 60 * base + Wide{fields.hours} * 3600 * base;
-  if (display_format == "DF") total -= dropped_frames(fields, base);
+  if (counts_drop_frames(display_format)) total -= dropped_frames(fields, base);
   return clamp_to_int64(total);
 }
 
 bool is_timecode(std::string_view text, std::int64_t frame_base) {
-  const std::string_view core = trimmed(text);
+  // Only spaces and tabs may stand around a timecode: with a line break at either end, a text is
+  // no timecode, and check says so.
+  const std::string_view core = trimmed(text, " \t");
   if (all_digits(core)) return true;
   std::vector<std::string> fields = timecode_fields(core);
   if (!std::ranges::all_of(fields, [](const std::string& field) { return all_digits(field); })) {
@@ -165,7 +163,7 @@ bool has_no_digits(std::string_view text) { return std::ranges::none_of(text, is
 std::string to_timecode(std::int64_t frames, double rate, std::string_view display_format) {
   const std::int64_t base = frame_base(rate);
   if (frames < 0 || base <= 0) return std::to_string(frames);
-  const std::int64_t dropped = display_format == "DF" ? dropped_per_minute(base) : 0;
+  const std::int64_t dropped = counts_drop_frames(display_format) ? dropped_per_minute(base) : 0;
   // Counted frames per hour, per ten minutes and per minute after the first of ten; the first
   // minute of every ten keeps all its labels.
   const std::int64_t per_full_minute = 60 * base;

@@ -7,6 +7,10 @@
 
 namespace pellago {
 
+// Whether a clip's display format counts in drop frames: exactly "DF". Every other text, a
+// lower-case "df" included, counts every frame.
+bool counts_drop_frames(std::string_view display_format);
+
 // Frame count of a timecode written by a person ("01:00:00;00", "01.00.00.12", "1000012.0", "250")
 // at `rate` frames per second (rounded half away from zero). display_format "DF" selects
 // drop-frame counting; any other text counts plainly. Never rejects a text.

@@ -38,6 +38,11 @@ TEST(EditDistanceTest, BothWaysOfCountingAgree) {
   }
 }
 
+TEST(NearMissTest, LineBreaksAreBlanksAroundANameToo) {
+  EXPECT_TRUE(near_miss_reasons("\tA001_C001\r\n", "A001_C001").blanks);
+  EXPECT_FALSE(near_miss_reasons("A001_C001", "A001_C001").any());
+}
+
 TEST(ClosestTest, NearestFirstEachNameOnce) {
   const NameIndex index =
       index_names({"A001_C002", "A001_C001", "A001_C002", "B001_C001", " a001_c010 ", "C"});

@@ -9,6 +9,7 @@ import ast
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import threading
@@ -21,9 +22,10 @@ import pellago
 
 CLI = os.environ["PELLAGO_CLI"]
 MAKE_EXPORT = os.environ["PELLAGO_MAKE_EXPORT"]
-EXAMPLES = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "examples"
-CHECK_SHEETS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "check" / "data"
-WORKBOOKS = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"]) / "tests" / "workbook" / "data"
+SOURCE = pathlib.Path(os.environ["PELLAGO_SOURCE_DIR"])
+EXAMPLES = SOURCE / "examples"
+CHECK_SHEETS = SOURCE / "tests" / "check" / "data"
+WORKBOOKS = SOURCE / "tests" / "workbook" / "data"
 SHEET = EXAMPLES / "log_sheet.xlsx"
 PROJECT = EXAMPLES / "project.xml"
 CLIPS_IN_PROJECT = 6
@@ -300,3 +302,23 @@ def test_the_stub_declares_what_the_module_defines():
                        if isinstance(n, (ast.FunctionDef, ast.AnnAssign))}
             public = {m for m in vars(getattr(pellago, name)) if not m.startswith("_")}
             assert public - {"name", "value"} <= stubbed, name
+
+
+def test_the_enums_hold_the_librarys_names_as_the_stub_and_readme_do():
+    """The library's one list of each enum's names (kinds.def) is the module's enum, value by
+    value, and the stub's, in order; the README names each value."""
+    listed = (SOURCE / "src" / "check" / "kinds.def").read_text()
+    stub = ast.parse((pathlib.Path(pellago.__file__).parent / "pellago.pyi").read_text())
+    readme = (SOURCE / "README.md").read_text()
+    for enum, macro in (
+        (pellago.FindingKind, "FINDING_KIND"),
+        (pellago.Severity, "SEVERITY"),
+        (pellago.ChangeKind, "CHANGE_KIND"),
+    ):
+        names = re.findall(rf"^PELLAGO_{macro}\((\w+)\)$", listed, re.MULTILINE)
+        assert names, macro
+        values = {name: int(value) for name, value in enum.__members__.items()}
+        assert values == {name: value for value, name in enumerate(names)}
+        declared = next(node for node in stub.body if getattr(node, "name", None) == enum.__name__)
+        assert [n.target.id for n in declared.body if isinstance(n, ast.AnnAssign)] == names
+        assert [name for name in names if f"`{name}`" not in readme] == []

@@ -121,11 +121,11 @@ TEST(ToFrames, RatesRoundHalfAwayFromZeroAndHugeValuesClamp) {
 
 TEST(ToFrames, TimecodesAreToldFromTextsThatOnlyConvert) {
   for (const char* text :
-       {"01:00:00:00", "01;00;00;24", " 01.00.00.12 ", "02:03:04", "1000012.0", "250"}) {
+       {"01:00:00:00", "01;00;00;24", " 01.00.00.12 ", "02:03:04", "1000012.0", "250", "\t25\t"}) {
     EXPECT_TRUE(is_timecode(text, 25)) << '"' << text << '"';
   }
   for (const char* text : {"", " ", "TBD", "10h", "1:2:3:4:5", "01:00:00:", "01::00", "12.5",
-                           "01:00:00:25", "00:60:00:00", "1:00:00:00:00"}) {
+                           "01:00:00:25", "00:60:00:00", "1:00:00:00:00", "01:00:00:00\n"}) {
     EXPECT_FALSE(is_timecode(text, 25)) << '"' << text << '"';
   }
   EXPECT_TRUE(has_no_digits("TBD"));
