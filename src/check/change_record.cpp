@@ -92,9 +92,11 @@ void ChangeRecord::record_copies(const ClipMatch& match) {
   for (std::size_t j = 1; j < match.clips.size(); ++j) {
     const Element copy = match.clips[j];
     if (std::find(copies_.begin(), copies_.end(), copy.node()) == copies_.end()) continue;
-    record({ChangeKind::subclip_made, sheet_row(match.rows[j]),
-            ClipRef{match.name, copy.attribute("id")}, "clip", std::nullopt, std::nullopt,
-            leaves_of(copy)});
+    record({.kind = ChangeKind::subclip_made,
+            .row = sheet_row(match.rows[j]),
+            .clip = ClipRef{match.name, copy.attribute("id")},
+            .element = "clip",
+            .content = leaves_of(copy)});
   }
   copies_.clear();
 }
@@ -103,13 +105,12 @@ void ChangeRecord::setting_text(Element element, std::string_view text) {
   if (in_copy_being_made(element)) return;
   std::string old_text = element.text();
   if (old_text == text) return;
-  record({ChangeKind::text_set,
-          row_,
-          clip_of(element),
-          path_of(element.node()),
-          std::move(old_text),
-          std::string(text),
-          {}});
+  record({.kind = ChangeKind::text_set,
+          .row = row_,
+          .clip = clip_of(element),
+          .element = path_of(element.node()),
+          .old_text = std::move(old_text),
+          .new_text = std::string(text)});
 }
 
 void ChangeRecord::setting_attribute(Element element, const char* name, std::string_view value) {
@@ -117,13 +118,12 @@ void ChangeRecord::setting_attribute(Element element, const char* name, std::str
   std::optional<std::string> old_text = element.attribute(name);
   if (old_text == value) return;
   const std::string path = path_of(element.node());
-  record({ChangeKind::attribute_set,
-          row_,
-          clip_of(element),
-          path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
-          std::move(old_text),
-          std::string(value),
-          {}});
+  record({.kind = ChangeKind::attribute_set,
+          .row = row_,
+          .clip = clip_of(element),
+          .element = path.empty() ? fmt::format("@{}", name) : fmt::format("{}/@{}", path, name),
+          .old_text = std::move(old_text),
+          .new_text = std::string(value)});
 }
 
 void ChangeRecord::inserted(Element node) {
@@ -132,14 +132,20 @@ void ChangeRecord::inserted(Element node) {
     copies_.push_back(node.node());
     return;
   }
-  record({ChangeKind::added, row_, clip_of(node), path_of(node.node()), std::nullopt, std::nullopt,
-          leaves_of(node)});
+  record({.kind = ChangeKind::added,
+          .row = row_,
+          .clip = clip_of(node),
+          .element = path_of(node.node()),
+          .content = leaves_of(node)});
 }
 
 void ChangeRecord::removing(Element node) {
   if (node.node()->type != XML_ELEMENT_NODE || in_copy_being_made(node)) return;
-  record({ChangeKind::removed, row_, clip_of(node), path_of(node.node()), std::nullopt,
-          std::nullopt, leaves_of(node)});
+  record({.kind = ChangeKind::removed,
+          .row = row_,
+          .clip = clip_of(node),
+          .element = path_of(node.node()),
+          .content = leaves_of(node)});
 }
 
 }  // namespace pellago

@@ -14,6 +14,7 @@
 #include "timecode/frame_rate.hpp"
 #include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
+#include "timecode/trimmed.hpp"
 
 namespace pellago {
 
@@ -43,17 +44,11 @@ std::string lower_ascii(std::string text) {
   return text;
 }
 
-std::string trimmed(const std::string& text) {
-  const auto first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
-
 // A Good cell that a person means as yes but that the merge reads as FALSE.
 bool looks_like_yes(const std::string& cell) {
   static const std::vector<std::string> kYes{"yes", "y", "true", "x", "1", "1.0", "ok", "good"};
   return good_flag(cell) == "FALSE" &&
-         std::find(kYes.begin(), kYes.end(), lower_ascii(trimmed(cell))) != kYes.end();
+         std::find(kYes.begin(), kYes.end(), lower_ascii(std::string(trimmed(cell)))) != kYes.end();
 }
 
 bool digit_at(std::string_view text, std::size_t i) {
@@ -180,17 +175,8 @@ std::optional<Column> FindingsCollector::column(std::string_view header) const {
   return column_at(column_index(header));
 }
 
-void FindingsCollector::add(FindingKind kind, Severity severity, std::optional<int> row,
-                            std::optional<Column> column, std::optional<ClipRef> clip,
-                            std::string message, std::string suggestion) {
-  Finding finding{kind,
-                  severity,
-                  row,
-                  std::move(column),
-                  std::move(clip),
-                  std::move(message),
-                  std::move(suggestion)};
-  if (row) {
+void FindingsCollector::add(Finding finding) {
+  if (finding.row) {
     row_findings_.push_back(std::move(finding));
   } else {
     report_.findings.push_back(std::move(finding));
@@ -229,12 +215,15 @@ void FindingsCollector::check_headers() {
       for (const std::string& marker : markers) {
         if (near.empty() && squashed(*header) == squashed(marker)) near.push_back(marker);
       }
-      add(FindingKind::ignored_marker_header, Severity::warning, std::nullopt, column_at(column),
-          std::nullopt,
-          fmt::format("the merge ignores the column \"{}\": a header holding \"Marker\" is read "
-                      "only when it is exactly {}",
-                      *header, quoted_list(markers)),
-          near.empty() ? std::string() : fmt::format("rename it \"{}\"", near.front()));
+      add({.kind = FindingKind::ignored_marker_header,
+           .severity = Severity::warning,
+           .column = column_at(column),
+           .message = fmt::format(
+               "the merge ignores the column \"{}\": a header holding \"Marker\" is read "
+               "only when it is exactly {}",
+               *header, quoted_list(markers)),
+           .suggestion =
+               near.empty() ? std::string() : fmt::format("rename it \"{}\"", near.front())});
       continue;
     }
     // A lower-case "marker timecode" holds no "Marker": it is an ordinary column, read by nothing.
@@ -246,24 +235,29 @@ void FindingsCollector::check_headers() {
     }
     if (near.empty()) near = closest(*header, known, 1);
     if (near.empty()) continue;
-    add(FindingKind::near_header, Severity::warning, std::nullopt, column_at(column), std::nullopt,
-        fmt::format("the merge does not read the column \"{}\": headers must match exactly, and it "
-                    "reads \"{}\"",
-                    *header, near.front()),
-        fmt::format("rename it \"{}\"", near.front()));
+    add({.kind = FindingKind::near_header,
+         .severity = Severity::warning,
+         .column = column_at(column),
+         .message = fmt::format(
+             "the merge does not read the column \"{}\": headers must match exactly, and it "
+             "reads \"{}\"",
+             *header, near.front()),
+         .suggestion = fmt::format("rename it \"{}\"", near.front())});
   }
 }
 
 void FindingsCollector::document_read(Document& document, const std::string& xml_path) {
   const RecoveredErrors& errors = document.recovered_errors();
   if (errors.count > 0) {
-    add(FindingKind::recovered_xml, Severity::warning, std::nullopt, std::nullopt, std::nullopt,
-        fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} error{} in all); a "
-                    "merge reads only what could be recovered, so clips after line {} may be "
-                    "missing",
-                    xml_path, errors.line, errors.column, errors.message, errors.count,
-                    errors.count == 1 ? "" : "s", errors.line),
-        "repair the document or export it again");
+    add({.kind = FindingKind::recovered_xml,
+         .severity = Severity::warning,
+         .message = fmt::format(
+             "\"{}\" is not well-formed XML: line {}, column {}: {} ({} error{} in all); a "
+             "merge reads only what could be recovered, so clips after line {} may be "
+             "missing",
+             xml_path, errors.line, errors.column, errors.message, errors.count,
+             errors.count == 1 ? "" : "s", errors.line),
+         .suggestion = "repair the document or export it again"});
   }
 }
 
@@ -276,38 +270,50 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
   clips_by_name_[match.name].push_back(clip);
   if (subclip) {
     for (std::size_t row : match.rows) {
-      add(FindingKind::earlier_subclip, Severity::warning, sheet_row(row), column(kNameHeader),
-          clip,
-          fmt::format("the clip \"{}\" is a subclip (its clip items hold <subclipinfo>), as a "
-                      "merge leaves the clips that several rows cut: merging into it again adds "
-                      "the row's markers a second time and cuts subclips out of the subclip",
-                      match.name),
-          "merge the sheet into the export the earlier merge started from, not into its output");
+      add({.kind = FindingKind::earlier_subclip,
+           .severity = Severity::warning,
+           .row = sheet_row(row),
+           .column = column(kNameHeader),
+           .clip = clip,
+           .message = fmt::format(
+               "the clip \"{}\" is a subclip (its clip items hold <subclipinfo>), as a "
+               "merge leaves the clips that several rows cut: merging into it again adds "
+               "the row's markers a second time and cuts subclips out of the subclip",
+               match.name),
+           .suggestion = "merge the sheet into the export the earlier merge started from, not into "
+                         "its output"});
     }
   }
   if (report_.sheet) {
     for (std::size_t row : match.rows) report_.sheet->rows[row].clips.push_back(clip);
   }
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
-    add(FindingKind::repeated_name, Severity::note, sheet_row(match.rows[j]), column(kNameHeader),
-        clip,
-        fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
-                    "copy of the clip (id \"{}\")",
-                    sheet_row(match.rows[j]), sheet_row(match.rows[0]),
-                    copy_id(match.id.value_or(""), j)));
+    add({.kind = FindingKind::repeated_name,
+         .severity = Severity::note,
+         .row = sheet_row(match.rows[j]),
+         .column = column(kNameHeader),
+         .clip = clip,
+         .message = fmt::format(
+             "row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
+             "copy of the clip (id \"{}\")",
+             sheet_row(match.rows[j]), sheet_row(match.rows[0]),
+             copy_id(match.id.value_or(""), j))});
   }
   if (!match.beyond_position_limit) return;
   const std::size_t rows = rows_->size();
   for (std::size_t row : match.rows) {
-    add(FindingKind::position_limit, Severity::warning, sheet_row(row), std::nullopt, clip,
-        fmt::format(
-            "clip \"{}\" stands at position {} of the document (counting from 0), not below "
-            "the sheet's {} data rows: row {} only clears its In/Out and makes subclip "
-            "copies; its duration, subclip, logging fields, markers and aux timecodes are "
-            "not written",
-            match.name, position, rows, sheet_row(row)),
-        fmt::format("add {} more data row{} (blank rows count) to the sheet", position + 1 - rows,
-                    position + 1 - rows == 1 ? "" : "s"));
+    add({.kind = FindingKind::position_limit,
+         .severity = Severity::warning,
+         .row = sheet_row(row),
+         .clip = clip,
+         .message = fmt::format(
+             "clip \"{}\" stands at position {} of the document (counting from 0), not below "
+             "the sheet's {} data rows: row {} only clears its In/Out and makes subclip "
+             "copies; its duration, subclip, logging fields, markers and aux timecodes are "
+             "not written",
+             match.name, position, rows, sheet_row(row)),
+         .suggestion = fmt::format("add {} more data row{} (blank rows count) to the sheet",
+                                   position + 1 - rows, position + 1 - rows == 1 ? "" : "s")});
   }
 }
 
@@ -328,10 +334,16 @@ void FindingsCollector::check_number_cells(int at, const ClipRef& clip) {
     if (!header || !is_text_header(*header)) continue;
     const std::optional<std::string> typed = whole_number_typed(workbook_->cell(at, column));
     if (!typed) continue;
-    add(FindingKind::number_in_text_column, Severity::warning, at, column_at(column), clip,
-        fmt::format("the {} cell holds the number {}, which the merge writes as \"{}.0\"", *header,
-                    *typed, *typed),
-        fmt::format("format the {} column as text and type {} again", *header, *typed));
+    add({.kind = FindingKind::number_in_text_column,
+         .severity = Severity::warning,
+         .row = at,
+         .column = column_at(column),
+         .clip = clip,
+         .message =
+             fmt::format("the {} cell holds the number {}, which the merge writes as \"{}.0\"",
+                         *header, *typed, *typed),
+         .suggestion =
+             fmt::format("format the {} column as text and type {} again", *header, *typed)});
   }
 }
 
@@ -346,13 +358,18 @@ void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
       is_clip_point(*out, match.clip.first("out"), timing)) {
     return;
   }
-  add(FindingKind::in_out_on_single_row, Severity::warning, sheet_row(match.rows[j]),
-      column(kInHeader), ClipRef{match.name, match.id},
-      fmt::format("the row gives In \"{}\" and Out \"{}\", but it is the only row of clip \"{}\": "
-                  "In and Out cut subclips only when several rows name a clip, and a single row "
-                  "leaves the clip's In and Out points as they are",
-                  *in, *out, match.name),
-      "to cut subclips, give the clip one row per subclip, each with the same Name");
+  add({.kind = FindingKind::in_out_on_single_row,
+       .severity = Severity::warning,
+       .row = sheet_row(match.rows[j]),
+       .column = column(kInHeader),
+       .clip = ClipRef{match.name, match.id},
+       .message = fmt::format(
+           "the row gives In \"{}\" and Out \"{}\", but it is the only row of clip \"{}\": "
+           "In and Out cut subclips only when several rows name a clip, and a single row "
+           "leaves the clip's In and Out points as they are",
+           *in, *out, match.name),
+       .suggestion =
+           "to cut subclips, give the clip one row per subclip, each with the same Name"});
 }
 
 // Words the merge compares exactly, in the target clip, written in another letter case.
@@ -371,41 +388,65 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
   }
   if (converting && !timing.rate && upper_ascii(timing.ntsc) != timing.ntsc &&
       find_frame_rate(FRAME_RATES, timing.timebase, upper_ascii(timing.ntsc))) {
-    add(FindingKind::word_case, Severity::warning, at, converting, clip,
-        fmt::format("the clip's rate/ntsc reads \"{}\", and only TRUE or FALSE, exactly, give it a "
-                    "frame rate: without one the merge cannot place the row's timecodes",
-                    timing.ntsc),
-        fmt::format("write {} in the clip's <ntsc>", upper_ascii(timing.ntsc)));
+    add({.kind = FindingKind::word_case,
+         .severity = Severity::warning,
+         .row = at,
+         .column = converting,
+         .clip = clip,
+         .message = fmt::format(
+             "the clip's rate/ntsc reads \"{}\", and only TRUE or FALSE, exactly, give it a "
+             "frame rate: without one the merge cannot place the row's timecodes",
+             timing.ntsc),
+         .suggestion = fmt::format("write {} in the clip's <ntsc>", upper_ascii(timing.ntsc))});
   }
-  if (converting && timing.display_format != "DF" && upper_ascii(timing.display_format) == "DF") {
-    add(FindingKind::word_case, Severity::warning, at, converting, clip,
-        fmt::format("the clip's displayformat reads \"{}\", and only DF, exactly, counts drop "
-                    "frames: the row's timecodes are counted without them",
-                    timing.display_format),
-        "write DF in the clip's <displayformat>");
+  if (converting && !counts_drop_frames(timing.display_format) &&
+      counts_drop_frames(upper_ascii(timing.display_format))) {
+    add({.kind = FindingKind::word_case,
+         .severity = Severity::warning,
+         .row = at,
+         .column = converting,
+         .clip = clip,
+         .message =
+             fmt::format("the clip's displayformat reads \"{}\", and only DF, exactly, counts drop "
+                         "frames: the row's timecodes are counted without them",
+                         timing.display_format),
+         .suggestion = "write DF in the clip's <displayformat>"});
   }
   const Element file_format = match.clips[j].first("file/timecode/displayformat");
-  if (!file_format || file_format.text() == "DF" || upper_ascii(file_format.text()) != "DF") return;
+  if (!file_format || counts_drop_frames(file_format.text()) ||
+      !counts_drop_frames(upper_ascii(file_format.text()))) {
+    return;
+  }
   for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
     const std::string_view header = aux.header;
     const std::string* value = row.field(header);
     if (!value || value->empty()) continue;
-    add(FindingKind::word_case, Severity::warning, at, column(header), clip,
-        fmt::format("the clip's file timecode displayformat reads \"{}\", and only DF, exactly, "
-                    "counts drop frames: the {} is counted without them",
-                    file_format.text(), header),
-        "write DF in the <displayformat> of the clip's file timecode");
+    add({.kind = FindingKind::word_case,
+         .severity = Severity::warning,
+         .row = at,
+         .column = column(header),
+         .clip = clip,
+         .message = fmt::format(
+             "the clip's file timecode displayformat reads \"{}\", and only DF, exactly, "
+             "counts drop frames: the {} is counted without them",
+             file_format.text(), header),
+         .suggestion = "write DF in the <displayformat> of the clip's file timecode"});
     return;
   }
 }
 
 void FindingsCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
   if (const std::string* good = row.field(kGoodHeader); good && looks_like_yes(*good)) {
-    add(FindingKind::good_not_yes, Severity::warning, at, column(kGoodHeader), clip,
-        fmt::format("the Good cell reads \"{}\", which the merge writes as FALSE: only yes or y "
-                    "(any letter case, nothing around it) mark a clip good",
-                    *good),
-        "write \"yes\"");
+    add({.kind = FindingKind::good_not_yes,
+         .severity = Severity::warning,
+         .row = at,
+         .column = column(kGoodHeader),
+         .clip = clip,
+         .message = fmt::format(
+             "the Good cell reads \"{}\", which the merge writes as FALSE: only yes or y "
+             "(any letter case, nothing around it) mark a clip good",
+             *good),
+         .suggestion = "write \"yes\""});
   }
   const std::vector<std::string> colors = to_strings(marker_color_names());
   for (const MarkerEntry& marker : row.markers) {
@@ -414,12 +455,16 @@ void FindingsCollector::check_cells(const LogRow& row, int at, const ClipRef& cl
       continue;
     }
     std::vector<std::string> near = closest(*marker.color, colors, 1);
-    add(FindingKind::unknown_marker_color, Severity::warning, at, column_at(marker.color_column),
-        clip,
-        fmt::format("the marker at \"{}\" has the colour \"{}\", which is not in the colour table "
-                    "({}); the marker will be red",
-                    marker.timecode, *marker.color, fmt::join(colors, ", ")),
-        near.empty() ? std::string() : fmt::format("write \"{}\"", near.front()));
+    add({.kind = FindingKind::unknown_marker_color,
+         .severity = Severity::warning,
+         .row = at,
+         .column = column_at(marker.color_column),
+         .clip = clip,
+         .message = fmt::format(
+             "the marker at \"{}\" has the colour \"{}\", which is not in the colour table "
+             "({}); the marker will be red",
+             marker.timecode, *marker.color, fmt::join(colors, ", ")),
+         .suggestion = near.empty() ? std::string() : fmt::format("write \"{}\"", near.front())});
   }
 }
 
@@ -434,22 +479,34 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
   const std::string column_name = cell.column ? cell.column->header : std::string(cell.what);
 
   if (has_no_digits(text)) {
-    add(FindingKind::timecode_without_digits, Severity::warning, cell.row, cell.column, cell.clip,
-        fmt::format("the {} \"{}\" holds no digits: the merge reads it as 00:00:00:00, frame {} of "
-                    "the clip",
-                    cell.what, text, frame),
-        cell.what == "marker timecode" ? span + ", or empty the cell to leave the marker out"
-                                       : span);
+    add({.kind = FindingKind::timecode_without_digits,
+         .severity = Severity::warning,
+         .row = cell.row,
+         .column = cell.column,
+         .clip = cell.clip,
+         .message = fmt::format(
+             "the {} \"{}\" holds no digits: the merge reads it as 00:00:00:00, frame {} of "
+             "the clip",
+             cell.what, text, frame),
+         .suggestion = cell.what == "marker timecode"
+                           ? span + ", or empty the cell to leave the marker out"
+                           : span});
     return false;
   }
   const std::vector<std::string> fields = timecode_fields(trimmed(text));
   if (const std::optional<std::string> time = time_of_day(trimmed(text))) {
-    add(FindingKind::time_of_day_cell, Severity::warning, cell.row, cell.column, cell.clip,
-        fmt::format("the {} \"{}\" is a time of day, as a spreadsheet stores {} typed into a cell: "
-                    "the merge reads it as minutes, seconds and frames, frame {} of the clip",
-                    cell.what, text, *time, frame),
-        fmt::format("format the {} column as text, then type the timecode with its frames: {}:00",
-                    column_name, *time));
+    add({.kind = FindingKind::time_of_day_cell,
+         .severity = Severity::warning,
+         .row = cell.row,
+         .column = cell.column,
+         .clip = cell.clip,
+         .message = fmt::format(
+             "the {} \"{}\" is a time of day, as a spreadsheet stores {} typed into a cell: "
+             "the merge reads it as minutes, seconds and frames, frame {} of the clip",
+             cell.what, text, *time, frame),
+         .suggestion = fmt::format(
+             "format the {} column as text, then type the timecode with its frames: {}:00",
+             column_name, *time)});
     return false;
   }
   if (fields.size() == 3 && std::ranges::all_of(fields, [](const std::string& field) {
@@ -462,29 +519,44 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
     const bool hours_inside = as_hours >= 0 && as_hours < clip_duration;
     if ((frames_field >= base && frames_field < 60) ||
         (timing.start_frame >= 3600 * base && !inside && hours_inside)) {
-      add(FindingKind::three_field_timecode, Severity::warning, cell.row, cell.column, cell.clip,
-          fmt::format("the {} \"{}\" has three fields, which the merge reads as minutes, seconds "
-                      "and frames: frame {} of a clip that starts at {}; read as hours, minutes "
-                      "and seconds it would be {}",
-                      cell.what, text, frame, start, four_fields),
-          fmt::format("write all four fields: {}", four_fields));
+      add({.kind = FindingKind::three_field_timecode,
+           .severity = Severity::warning,
+           .row = cell.row,
+           .column = cell.column,
+           .clip = cell.clip,
+           .message = fmt::format(
+               "the {} \"{}\" has three fields, which the merge reads as minutes, seconds "
+               "and frames: frame {} of a clip that starts at {}; read as hours, minutes "
+               "and seconds it would be {}",
+               cell.what, text, frame, start, four_fields),
+           .suggestion = fmt::format("write all four fields: {}", four_fields)});
       return false;
     }
   }
   if (!is_timecode(text, base)) {
-    add(FindingKind::not_a_timecode, Severity::warning, cell.row, cell.column, cell.clip,
-        fmt::format("the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
-                    cell.what, text, frame),
-        "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
+    add({.kind = FindingKind::not_a_timecode,
+         .severity = Severity::warning,
+         .row = cell.row,
+         .column = cell.column,
+         .clip = cell.clip,
+         .message = fmt::format(
+             "the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
+             cell.what, text, frame),
+         .suggestion = "write it as hours:minutes:seconds:frames, such as 01:00:10:00"});
     return false;
   }
   if (frame < 0 || frame >= clip_duration) {
-    add(FindingKind::outside_media, Severity::warning, cell.row, cell.column, cell.clip,
-        fmt::format("the {} \"{}\" lies {} the clip's media: it is frame {}, and the clip holds "
-                    "frames 0 to {}",
-                    cell.what, text, frame < 0 ? "before the start of" : "after the end of", frame,
-                    clip_duration - 1),
-        span);
+    add({.kind = FindingKind::outside_media,
+         .severity = Severity::warning,
+         .row = cell.row,
+         .column = cell.column,
+         .clip = cell.clip,
+         .message = fmt::format(
+             "the {} \"{}\" lies {} the clip's media: it is frame {}, and the clip holds "
+             "frames 0 to {}",
+             cell.what, text, frame < 0 ? "before the start of" : "after the end of", frame,
+             clip_duration - 1),
+         .suggestion = span});
   }
   return true;
 }
@@ -508,10 +580,15 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
     const bool out_read =
         check_frame(out, span.last, cell(column(kOutHeader), kOutHeader), timing, clip_duration);
     if (in_read && out_read && span.last < span.first) {
-      add(FindingKind::out_before_in, Severity::warning, at, column(kOutHeader), clip,
-          fmt::format("the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}",
-                      out, in, span.last + 1 - span.first),
-          "swap In and Out");
+      add({.kind = FindingKind::out_before_in,
+           .severity = Severity::warning,
+           .row = at,
+           .column = column(kOutHeader),
+           .clip = clip,
+           .message = fmt::format(
+               "the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}", out,
+               in, span.last + 1 - span.first),
+           .suggestion = "swap In and Out"});
     }
   }
   for (std::size_t i = 0; placement.marker_frames && i < row.markers.size(); ++i) {
@@ -522,21 +599,31 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
         check_frame(marker.timecode, frame, cell(where, "marker timecode"), timing, clip_duration);
     const std::string name = marker.name ? *marker.name : fmt::format("Marker {}", i + 1);
     if (!read || !has_marker(placement.media, frame, name)) continue;
-    add(FindingKind::marker_already_present, Severity::warning, at, where, clip,
-        fmt::format("the clip already has the marker \"{}\" at \"{}\" (frame {}): markers are "
-                    "only ever added, so a second one would stand on it, as when a merged "
-                    "document is merged again",
-                    name, marker.timecode, frame),
-        "merge into the export the earlier merge started from, or take the marker out of the row");
+    add({.kind = FindingKind::marker_already_present,
+         .severity = Severity::warning,
+         .row = at,
+         .column = where,
+         .clip = clip,
+         .message =
+             fmt::format("the clip already has the marker \"{}\" at \"{}\" (frame {}): markers are "
+                         "only ever added, so a second one would stand on it, as when a merged "
+                         "document is merged again",
+                         name, marker.timecode, frame),
+         .suggestion = "merge into the export the earlier merge started from, or take the marker "
+                       "out of the row"});
   }
   if (!match.clips[j].first("file/timecode/displayformat")) return;
   for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
     const std::string_view header = aux.header;
     const std::string* value = row.field(header);
     if (!value || value->empty() || is_timecode(*value, timing.timebase)) continue;
-    add(FindingKind::not_a_timecode, Severity::warning, at, column(header), clip,
-        fmt::format("the {} \"{}\" is not a timecode", header, *value),
-        "write it as hours:minutes:seconds:frames, such as 01:00:10:00");
+    add({.kind = FindingKind::not_a_timecode,
+         .severity = Severity::warning,
+         .row = at,
+         .column = column(header),
+         .clip = clip,
+         .message = fmt::format("the {} \"{}\" is not a timecode", header, *value),
+         .suggestion = "write it as hours:minutes:seconds:frames, such as 01:00:10:00"});
   }
 }
 
@@ -565,9 +652,11 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
     if (row_used[position] || is_blank(row)) continue;
     const std::string* name = row.field(kNameHeader);
     if (!name) {
-      add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), std::nullopt,
-          std::nullopt, "the sheet has no \"Name\" column, so no row names a clip",
-          "head the column of clip names \"Name\"");
+      add({.kind = FindingKind::unmatched_name,
+           .severity = Severity::warning,
+           .row = sheet_row(position),
+           .message = "the sheet has no \"Name\" column, so no row names a clip",
+           .suggestion = "head the column of clip names \"Name\""});
       continue;
     }
     if (check_earlier_subclips(*name, sheet_row(position), subclips_by_origin)) continue;
@@ -597,8 +686,13 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
       if (!names) names = clip_name_index(clips_);
       suggestion = closest_names_suggestion(*name, *names, comparisons_left);
     }
-    add(FindingKind::unmatched_name, Severity::warning, sheet_row(position), name_column,
-        std::move(same), std::move(message), std::move(suggestion));
+    add({.kind = FindingKind::unmatched_name,
+         .severity = Severity::warning,
+         .row = sheet_row(position),
+         .column = name_column,
+         .clip = std::move(same),
+         .message = std::move(message),
+         .suggestion = std::move(suggestion)});
   }
 }
 
@@ -608,12 +702,17 @@ bool FindingsCollector::check_earlier_subclips(const std::string& name, int at,
   if (found == subclips_by_origin.end()) return false;
   std::vector<std::string> made;
   for (const ClipRef* subclip : found->second) made.push_back(fmt::format("\"{}\"", subclip->name));
-  add(FindingKind::earlier_subclip, Severity::warning, at, column(kNameHeader),
-      *found->second.front(),
-      fmt::format("no clip is named \"{}\" any more: an earlier merge cut the clip of id \"{}\" "
-                  "into subclips, now named {}, so the rows that name it match nothing",
-                  name, name, fmt::join(made, ", ")),
-      "merge the sheet into the export the earlier merge started from, not into its output");
+  add({.kind = FindingKind::earlier_subclip,
+       .severity = Severity::warning,
+       .row = at,
+       .column = column(kNameHeader),
+       .clip = *found->second.front(),
+       .message = fmt::format(
+           "no clip is named \"{}\" any more: an earlier merge cut the clip of id \"{}\" "
+           "into subclips, now named {}, so the rows that name it match nothing",
+           name, name, fmt::join(made, ", ")),
+       .suggestion =
+           "merge the sheet into the export the earlier merge started from, not into its output"});
   return true;
 }
 
@@ -625,10 +724,13 @@ void FindingsCollector::check_shared_names() {
     for (std::size_t position = 0; position < rows_->size(); ++position) {
       const std::string* row_name = (*rows_)[position].field(kNameHeader);
       if (!row_name || *row_name != name) continue;
-      add(FindingKind::shared_clip_name, Severity::warning, sheet_row(position),
-          column(kNameHeader), clips.front(),
-          fmt::format("{} clips are named \"{}\" (ids {}): each of them gets this row",
-                      clips.size(), name, fmt::join(ids, ", ")));
+      add({.kind = FindingKind::shared_clip_name,
+           .severity = Severity::warning,
+           .row = sheet_row(position),
+           .column = column(kNameHeader),
+           .clip = clips.front(),
+           .message = fmt::format("{} clips are named \"{}\" (ids {}): each of them gets this row",
+                                  clips.size(), name, fmt::join(ids, ", "))});
     }
   }
 }

@@ -43,9 +43,8 @@ struct FindingsCollector final : MergeObserver {
   int column_index(std::string_view header) const;  // 0 when no column has the header
   std::optional<Column> column(std::string_view header) const;
   std::optional<Column> column_at(int column) const;
-  void add(FindingKind kind, Severity severity, std::optional<int> row,
-           std::optional<Column> column, std::optional<ClipRef> clip, std::string message,
-           std::string suggestion = {});
+  // A row's findings wait to be put in sheet order; the others go into the report at once.
+  void add(Finding finding);
   void check_headers();
   void check_cells(const LogRow& row, int sheet_row, const ClipRef& clip);
   // A timecode cell of a row, and what to call it in a message ("In", "marker timecode").
