@@ -55,7 +55,8 @@ bool is_log_sheet(const QString& path) {
 // large project, copying it would stall the window.
 std::shared_ptr<const CheckReport> check_files(const std::string& sheet, const std::string& xml) {
   try {
-    return std::make_shared<const CheckReport>(check(sheet, xml, CheckOptions{.sheet = true}));
+    return std::make_shared<const CheckReport>(
+        check(sheet, xml, CheckOptions{.sheet = true, .rules = default_rules()}));
   } catch (const std::exception& failure) {
     auto report = std::make_shared<CheckReport>();
     report->merge.outcome = Outcome::merged;
@@ -85,6 +86,7 @@ MergeResult run_merge(const std::string& sheet, const std::string& xml, const st
                       std::shared_ptr<std::atomic<bool>> cancel, QObject* window,
                       std::function<void(qint64, qint64)> show_progress) {
   Host host;
+  host.rules = default_rules();
   host.progress = post_progress(window, std::move(show_progress));
   host.cancel_requested = [cancel] { return cancel->load(); };
   try {

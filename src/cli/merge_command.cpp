@@ -80,6 +80,7 @@ struct MergeOptions {
   std::string output;
   bool quiet = false;
   bool strict = false;
+  bool classic = false;
 };
 
 // One line per column of the sheet: its header and what it does.
@@ -147,6 +148,7 @@ int run_merge(const MergeOptions& options) {
   Host host;
   host.keep_document_until_exit = true;
   host.strict = options.strict;
+  host.rules = rules_for(options.classic);
   if (!options.quiet && isatty(STDERR_FILENO)) bar.emplace().attach_to(host);
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
@@ -178,6 +180,7 @@ void add_merge_command(CLI::App& app, int& status) {
   merge->add_flag("--strict", options->strict,
                   "Refuse an XML document that is not well-formed instead of merging what can be "
                   "recovered from it");
+  merge->add_flag("--classic", options->classic, kClassicFlag);
   merge->callback([options, &status] { status = run_merge(*options); });
 }
 

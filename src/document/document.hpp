@@ -64,6 +64,8 @@ class Element {
   std::vector<std::vector<Element>> all_of(std::span<const Selector> selectors) const;
   // Whether this element is `ancestor` or stands in its subtree.
   bool is_within(Element ancestor) const;
+  // Whether any child of this element is an element.
+  bool holds_elements() const;
   // First node of an XPath expression evaluated with this element as context node.
   Element first_xpath(const std::string& expression) const;
 

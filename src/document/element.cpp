@@ -144,6 +144,10 @@ bool Element::is_within(Element ancestor) const {
   return is_ancestor_or_self(ancestor.node_, require(node_, "find where an element stands"));
 }
 
+bool Element::holds_elements() const {
+  return xmlFirstElementChild(require(node_, "look into an element")) != nullptr;
+}
+
 Element Element::first_xpath(const std::string& expression) const {
   auto found = select_xpath(require(node_, "search an element"), expression, Matches::first);
   return found.empty() ? Element() : Element(found.front());

@@ -166,7 +166,10 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
 
   MergeReport report{.outcome = Outcome::merged, .recovered = document.recovered_errors()};
   const RowsByName index = index_rows_by_name(rows);
-  MergeRun run{rows, index, document, host, report, std::vector<bool>(rows.size()), observer};
+  const DescribedFiles files =
+      host.rules.follow_file_references ? described_files(document) : DescribedFiles{};
+  MergeRun run{rows,     index, document, host, report, std::vector<bool>(rows.size()),
+               observer, &files};
   for (std::size_t position = 0; position < clips.size(); ++position) {
     if (cancel_requested(host)) break;
     report_progress(host, MergePhase::merging_clips, position + 1, clips.size());

@@ -31,7 +31,8 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   }
   if (match.beyond_position_limit) return;
 
-  const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host));
+  const ClipTiming timing =
+      resolve_clip_timing(target, frame_rates(run.host), run.host.rules, run.files);
   const std::int64_t clip_duration = read_clip_duration(target);
   const RowPlacement placement = place_row(row, target, timing, match.several);
   if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);

@@ -8,6 +8,7 @@
 
 #include "document/document.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/resolve_clip_timing.hpp"
 #include "sheet/log_sheet.hpp"
 
 namespace pellago {
@@ -45,8 +46,9 @@ struct MergeRun {
   Document& document;
   const Host& host;
   MergeReport& report;
-  std::vector<bool> row_used;         // row_used[i]: row i named at least one clip
-  MergeObserver* observer = nullptr;  // told what the merge does, for a check; none in a merge
+  std::vector<bool> row_used;             // row_used[i]: row i named at least one clip
+  MergeObserver* observer = nullptr;      // told what the merge does, for a check; none in a merge
+  const DescribedFiles* files = nullptr;  // what file references stand for, when followed
 };
 
 // Matches the clip and applies each matching row to its target clip. Any error while a row is

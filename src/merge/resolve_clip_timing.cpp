@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -25,15 +26,63 @@ Element required_element(Element found, std::string_view description) {
   return found;
 }
 
+std::string upper_ascii(std::string text) {
+  for (char& c : text) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return text;
+}
+
+// The file described elsewhere that the clip's first <file> refers to; none when that file is
+// described in place, or refers to nothing described.
+Element referred_file(Element clip, const DescribedFiles& files) {
+  const Element file = clip.first("file");
+  if (!file || file.holds_elements()) return {};
+  const std::optional<std::string> id = file.attribute("id");
+  if (!id) return {};
+  const auto found = files.find(*id);
+  return found == files.end() ? Element() : found->second;
+}
+
+// Fills the timing elements the clip lacks from the file it refers to.
+void fill_from_referred_file(Element clip, const DescribedFiles& files,
+                             std::vector<Element>& found) {
+  if (std::ranges::all_of(found, [](Element element) { return static_cast<bool>(element); })) {
+    return;
+  }
+  const Element file = referred_file(clip, files);
+  if (!file) return;
+  const std::vector<Element> described = file.first_of(kTimingElements);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (!found[i]) found[i] = described[i];
+  }
+}
+
 }  // namespace
 
-ClipTiming resolve_clip_timing(Element clip, const FrameRates& rates) {
-  const std::vector<Element> found = clip.first_of(kTimingElements);
+DescribedFiles described_files(const Document& document) {
+  DescribedFiles files;
+  for (Element file : document.all("file")) {
+    if (!file.holds_elements()) continue;
+    if (std::optional<std::string> id = file.attribute("id")) files.try_emplace(*id, file);
+  }
+  return files;
+}
+
+ClipTiming resolve_clip_timing(Element clip, const FrameRates& rates, const Rules& rules,
+                               const DescribedFiles* files) {
+  std::vector<Element> found = clip.first_of(kTimingElements);
+  if (rules.follow_file_references && files) fill_from_referred_file(clip, *files, found);
   ClipTiming timing;
   timing.timebase = read_integer(required_element(found[0], "<rate><timebase>").text());
-  timing.ntsc = required_element(found[1], "<rate><ntsc>").text();
+  if (found[1] || !rules.missing_ntsc_is_false) {
+    timing.ntsc = required_element(found[1], "<rate><ntsc>").text();
+  } else {
+    timing.ntsc = "FALSE";
+  }
   if (found[2]) timing.display_format = found[2].text();
-  timing.rate = find_frame_rate(rates, timing.timebase, timing.ntsc);
+  timing.rate = find_frame_rate(
+      rates, timing.timebase, rules.any_case_truth_words ? upper_ascii(timing.ntsc) : timing.ntsc);
   if (found[3]) timing.start_frame = read_integer(found[3].text());
   return timing;
 }

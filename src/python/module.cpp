@@ -117,10 +117,11 @@ class ProgressCallback {
 
 MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::path& xml,
                   const std::filesystem::path& output, std::optional<py::function> progress,
-                  bool strict) {
+                  bool strict, bool classic) {
   std::optional<ProgressCallback> callback;
   Host host;
   host.strict = strict;
+  host.rules = rules_for(classic);
   if (progress) {
     callback.emplace(std::move(*progress));
     host.progress = [&callback](const ProgressReport& report) { callback->report(report); };
@@ -138,11 +139,12 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
 // An input that cannot be read raises OSError, as it does for merge; any other failure of the
 // merge is part of the report (CheckReport::error and a merge_fails finding).
 CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesystem::path& xml,
-                        bool changes) {
+                        bool changes, bool classic) {
   CheckReport report;
   {
     py::gil_scoped_release release;
-    report = pellago::check(sheet.string(), xml.string(), CheckOptions{.changes = changes});
+    report = pellago::check(sheet.string(), xml.string(),
+                            CheckOptions{.changes = changes, .rules = rules_for(classic)});
   }
   if (report.error && report.system_error != 0) throw Error(*report.error, report.system_error);
   return report;
@@ -472,9 +474,9 @@ PYBIND11_MODULE(pellago, module) {
       .def("__repr__", [](const Sheet& sheet) { return repr(sheet); });
 
   module.def("merge", &merge, kMergeDoc, "sheet"_a, "xml"_a, "output"_a, py::kw_only(),
-             "progress"_a = py::none(), "strict"_a = false);
+             "progress"_a = py::none(), "strict"_a = false, "classic"_a = false);
   module.def("check", &check_sheet, kCheckDoc, "sheet"_a, "xml"_a, py::kw_only(),
-             "changes"_a = false);
+             "changes"_a = false, "classic"_a = false);
   module.def("inspect", &inspect, kInspectDoc, "sheet"_a);
   module.def("to_frames", &to_frames, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
 }

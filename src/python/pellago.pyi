@@ -254,6 +254,7 @@ def merge(
         None,
     ] = None,
     strict: bool = False,
+    classic: bool = False,
 ) -> MergeReport:
     """Merges `sheet` into the document `xml` and writes the result to `output` (may be `xml`;
     "-" is standard output).
@@ -265,10 +266,12 @@ def merge(
     Outcome.not_a_log_sheet. A document that is not well-formed is merged as far as it could be
     recovered (see MergeReport.recovered), or refused with strict=True. Raises OSError for files
     that cannot be read or written, pellago.Error for anything else that stops the merge;
-    nothing is written then.
+    nothing is written then. classic=True merges by the classic rules, as the Ruby module does.
     """
 
-def check(sheet: _Path, xml: _Path, *, changes: bool = False) -> CheckReport:
+def check(
+    sheet: _Path, xml: _Path, *, changes: bool = False, classic: bool = False
+) -> CheckReport:
     """Runs the merge in memory, writing nothing: the findings about the sheet and, with
     changes=True, every change the merge would make. A merge that would fail gives its message
     in `error` (and a merge_fails finding); a file that cannot be read raises OSError.

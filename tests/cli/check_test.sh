@@ -23,8 +23,11 @@ expect_status 0 "clean sheet"
 [[ $out == "0 findings; a merge would visit 6 clips (5 changed, 0 subclips made, 2 markers added); 0 sheet rows matched no clip" ]] ||
   fail "clean sheet says '$out'"
 
-# A clip further down the document than the sheet has rows, one line per finding.
+# Under the classic rules, a clip further down the document than the sheet has rows, one line per
+# finding; the default rules log it in full.
 run check "$data/check_short.xlsx" "$project"
+expect_status 0 "short sheet, default rules"
+run check --classic "$data/check_short.xlsx" "$project"
 expect_status 4 "short sheet"
 [[ $(sed -n 1p "$scratch/stdout") == 'row 2, clip "C001_C002_0611EF" (id C001_C002_0611EF): warning: clip "C001_C002_0611EF" stands at position 5 of the document (counting from 0), not below the sheet'"'"'s 2 data rows: row 2 only clears its In/Out and makes subclip copies; its duration, subclip, logging fields, markers and aux timecodes are not written (add 4 more data rows (blank rows count) to the sheet)' ]] ||
   fail "short sheet says '$out'"
