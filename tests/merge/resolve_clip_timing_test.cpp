@@ -37,7 +37,7 @@ TEST(FrameRates, LookupTakesTheFirstRowWhosePairMatchesExactly) {
 
 class ClipTimingOfExport : public ::testing::Test {
  protected:
-  Document document = Document::parse_file(PELLAGO_TEST_DATA "/master_clips.xml");
+  Document document = Document::parse_file(PELLAGO_TEST_DATA "/timed_clips.xml");
 };
 
 TEST_F(ClipTimingOfExport, ReadsTheFirstRateDisplayFormatAndFrameAtAnyDepth) {
