@@ -129,11 +129,11 @@ std::string closest_names_suggestion(const std::string& name, const NameIndex& n
   return near.empty() ? std::string() : fmt::format("did you mean {}?", quoted_list(near));
 }
 
-// Whether a marker at `frame` named `name` stands beside `media`, where the merge puts the row's
+// Whether a marker at `frame` named `name` stands beside `anchor`, where the merge puts the row's
 // markers.
-bool has_marker(Element media, std::int64_t frame, const std::string& name) {
-  if (!media) return false;
-  const Element holder = media.parent();
+bool has_marker(Element anchor, std::int64_t frame, const std::string& name) {
+  if (!anchor) return false;
+  const Element holder = anchor.parent();
   for (Element marker : holder.all("marker")) {
     if (marker.parent() != holder) continue;
     const Element in = marker.first("in");
@@ -315,6 +315,35 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
          .suggestion = fmt::format("add {} more data row{} (blank rows count) to the sheet",
                                    position + 1 - rows, position + 1 - rows == 1 ? "" : "s")});
   }
+}
+
+void FindingsCollector::clip_item_matched(const ClipMatch& match) {
+  const std::size_t position = match.rows.front();
+  const LogRow& row = (*rows_)[position];
+  item_rows_reported_.resize(rows_->size());
+  if (item_rows_reported_[position]) return;
+  const auto holds_text = [&row](std::string_view header) {
+    const std::string* value = row.field(header);
+    return value && !value->empty();
+  };
+  const std::optional<std::string_view> kept = holds_text(kInHeader)    ? std::optional(kInHeader)
+                                               : holds_text(kOutHeader) ? std::optional(kOutHeader)
+                                               : holds_text(kSubclipNameHeader)
+                                                   ? std::optional(kSubclipNameHeader)
+                                                   : std::nullopt;
+  if (!kept) return;
+  item_rows_reported_[position] = true;
+  add({.kind = FindingKind::in_out_on_clip_item,
+       .severity = Severity::warning,
+       .row = sheet_row(position),
+       .column = column(*kept),
+       .clip = ClipRef{match.name, match.id},
+       .message = fmt::format(
+           "no master clip is named \"{}\", so the row logs the clip items of that name in the "
+           "sequences: they take its logging fields and markers, but their In, Out and name "
+           "are the editor's cut and stay as they are",
+           match.name),
+       .suggestion = "leave In, Out and Subclip Name empty on rows for clip items"});
 }
 
 void FindingsCollector::row_placed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
@@ -598,7 +627,7 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
     const bool read =
         check_frame(marker.timecode, frame, cell(where, "marker timecode"), timing, clip_duration);
     const std::string name = marker.name ? *marker.name : fmt::format("Marker {}", i + 1);
-    if (!read || !has_marker(placement.media, frame, name)) continue;
+    if (!read || !has_marker(placement.markers_after, frame, name)) continue;
     add({.kind = FindingKind::marker_already_present,
          .severity = Severity::warning,
          .row = at,

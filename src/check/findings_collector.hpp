@@ -33,6 +33,7 @@ struct FindingsCollector final : MergeObserver {
                   const std::vector<LogRow>& rows) override;
   void document_read(Document& document, const std::string& xml_path) override;
   void clip_matched(const ClipMatch& match, std::size_t position) override;
+  void clip_item_matched(const ClipMatch& match) override;
   void row_placed(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                   std::int64_t clip_duration, const RowPlacement& placement) override;
   void merge_finished(const std::vector<bool>& row_used) override;
@@ -77,7 +78,9 @@ struct FindingsCollector final : MergeObserver {
   std::vector<ClipRef> clips_;     // every clip with a name element, document order
   std::vector<ClipRef> subclips_;  // those of them whose clip items hold <subclipinfo>
   std::map<std::string, std::vector<ClipRef>> clips_by_name_;
-  std::vector<Finding> row_findings_;  // sorted into sheet order when the merge ends
+  std::vector<Finding> row_findings_;
+  std::vector<bool> item_rows_reported_;  // rows whose In/Out on clip items is reported  // sorted
+                                          // into sheet order when the merge ends
 };
 
 }  // namespace pellago

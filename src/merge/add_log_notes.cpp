@@ -175,6 +175,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
     report_progress(host, MergePhase::merging_clips, position + 1, clips.size());
     visit_clip(clips[position], position, run);
   }
+  if (host.rules.log_clip_items && !cancel_requested(host)) visit_clip_items(document, run);
   report.rows_unmatched = count_unmatched_rows(rows, run.row_used);
   if (cancel_requested(host)) {
     report.outcome = Outcome::cancelled;

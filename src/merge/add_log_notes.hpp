@@ -62,6 +62,8 @@ struct MergeReport {
   std::size_t subclips_made = 0;  // copies made for further rows
   std::size_t markers_added = 0;
   std::size_t rows_unmatched = 0;  // data rows whose Name matched no clip
+  // Clip items of sequences logged by rows that named no master clip (Rules::log_clip_items).
+  std::size_t clip_items_logged = 0;
   // What the XML parser repaired. When count is not 0 the document was malformed: the clips
   // after the first error's line may be missing from the merge and from the output.
   RecoveredErrors recovered;

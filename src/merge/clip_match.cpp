@@ -24,7 +24,7 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Element target = match.clips[j];
   if (run.observer) run.observer->row_started(match, j);
-  clear_empty_in_out(row, target);
+  if (!match.clip_item) clear_empty_in_out(row, target);
   if (match.several && j == 0) {
     make_subclip_copies(match);
     run.report.subclips_made += match.clips.size() - 1;
@@ -34,7 +34,7 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const ClipTiming timing =
       resolve_clip_timing(target, frame_rates(run.host), run.host.rules, run.files);
   const std::int64_t clip_duration = read_clip_duration(target);
-  const RowPlacement placement = place_row(row, target, timing, match.several);
+  const RowPlacement placement = place_row(row, target, timing, match.several, match.clip_item);
   if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);
   if (match.several) apply_subclip(row, target, placement, timing, clip_duration);
   apply_logging_fields(target, row, run.document);
@@ -57,6 +57,47 @@ Error in_row(const Error& error, const ClipMatch& match, std::size_t row) {
   wrapped.row = sheet_row(row);
   wrapped.clip = ClipRef{.name = match.name, .id = match.id};
   return wrapped;
+}
+
+bool in_sequence(Element element) {
+  for (Element up = element.parent(); up; up = up.parent()) {
+    if (up.name() == "sequence") return true;
+  }
+  return false;
+}
+
+// The name of the file a clip item shows, without its extension ("A001_C002" for
+// "A001_C002.mov"), looking through a file reference; empty when it has none.
+std::string file_stem(Element item, const DescribedFiles* files) {
+  Element file = item.first("file");
+  if (file && !file.holds_elements() && files) {
+    const std::optional<std::string> id = file.attribute("id");
+    const auto found = id ? files->find(*id) : files->end();
+    if (found != files->end()) file = found->second;
+  }
+  const Element name = file ? file.first("name") : Element();
+  if (!name) return {};
+  std::string stem = name.text();
+  return stem.substr(0, stem.rfind('.'));
+}
+
+// The rows no master clip took that name the clip item, by its own name or its file's.
+std::vector<std::size_t> rows_of_item(Element item, const std::vector<bool>& taken,
+                                      const MergeRun& run, std::string& name) {
+  const Element own_name = item.first_xpath("name");
+  for (std::string candidate :
+       {own_name ? own_name.text() : std::string(), file_stem(item, run.files)}) {
+    const auto found = run.index.find(candidate);
+    if (candidate.empty() || found == run.index.end()) continue;
+    std::vector<std::size_t> rows;
+    for (std::size_t row : found->second) {
+      if (!taken[row]) rows.push_back(row);
+    }
+    if (rows.empty()) continue;
+    name = std::move(candidate);
+    return rows;
+  }
+  return {};
 }
 
 }  // namespace
@@ -103,6 +144,32 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
     }
   }
   if (match->several) run.report.cut_clips.push_back(cut_clip_of(*match));
+}
+
+void visit_clip_items(const Document& document, MergeRun& run) {
+  const std::vector<bool> taken = run.row_used;  // by master clips
+  for (Element item : document.all("clipitem")) {
+    if (!in_sequence(item)) continue;
+    std::string name;
+    const std::vector<std::size_t> rows = rows_of_item(item, taken, run, name);
+    if (rows.empty()) continue;
+    ++run.report.clip_items_logged;
+    for (std::size_t row : rows) {
+      ClipMatch match{.clip = item,
+                      .id = item.attribute("id"),
+                      .name = name,
+                      .rows = {row},
+                      .clip_item = true,
+                      .clips = {item}};
+      if (run.observer) run.observer->clip_item_matched(match);
+      run.row_used[row] = true;
+      try {
+        apply_row(match, 0, run);
+      } catch (const Error& error) {
+        throw in_row(error, match, row);
+      }
+    }
+  }
 }
 
 }  // namespace pellago

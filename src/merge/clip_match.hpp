@@ -29,6 +29,9 @@ struct ClipMatch {
   // The clip stands further down the document than the sheet has rows, and the rules keep such a
   // clip's rows from applying beyond its In/Out clearing and copies.
   bool beyond_position_limit = false;
+  // A clip item of a sequence, logged because no master clip has the row's Name: it takes the
+  // row's logging fields and markers only.
+  bool clip_item = false;
   // The target clips: the clip for the first row, then one copy per further row.
   std::vector<Element> clips;
 };
@@ -54,5 +57,9 @@ struct MergeRun {
 // Matches the clip and applies each matching row to its target clip. Any error while a row is
 // applied is rethrown naming the clip and the sheet row, in its message and in its row and clip.
 void visit_clip(Element clip, std::size_t position, MergeRun& run);
+
+// Logs the clip items of the document's sequences named by rows that no master clip took (see
+// Rules::log_clip_items), in document order.
+void visit_clip_items(const Document& document, MergeRun& run);
 
 }  // namespace pellago

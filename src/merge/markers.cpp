@@ -75,8 +75,9 @@ std::vector<std::string_view> marker_color_names() {
 void apply_markers(const LogRow& row, const RowPlacement& placement, const ClipTiming& timing) {
   if (row.markers.empty()) return;
   const std::vector<std::int64_t>& frames = planned(placement.marker_frames, timing);
-  // A marker holds no media element, so the clip's first stays the same while they are added.
-  const Element media = require_found(placement.media, "media", " to place its markers after");
+  // A marker holds no media or file element, so the anchor stays the same while they are added.
+  const Element media = require_found(placement.markers_after, placement.markers_after_name,
+                                      " to place its markers after");
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
     const Element marker = media.create_element("marker");
     build_marker(marker, frames[i], i + 1, row.markers[i]);

@@ -30,6 +30,8 @@ struct MergeObserver {
   // A clip with a name element is matched (maybe to no row), at its 0-based position.
   virtual void clip_matched([[maybe_unused]] const ClipMatch& match,
                             [[maybe_unused]] std::size_t position) {}
+  // A clip item of a sequence is matched to one row no master clip took.
+  virtual void clip_item_matched([[maybe_unused]] const ClipMatch& match) {}
   // Row position j of the clip is about to be applied to its target clip.
   virtual void row_started([[maybe_unused]] const ClipMatch& match,
                            [[maybe_unused]] std::size_t j) {}
@@ -56,6 +58,9 @@ struct MergeObservers final : MergeObserver {
   }
   void clip_matched(const ClipMatch& match, std::size_t position) override {
     for (MergeObserver* observer : observers) observer->clip_matched(match, position);
+  }
+  void clip_item_matched(const ClipMatch& match) override {
+    for (MergeObserver* observer : observers) observer->clip_item_matched(match);
   }
   void row_started(const ClipMatch& match, std::size_t j) override {
     for (MergeObserver* observer : observers) observer->row_started(match, j);

@@ -21,9 +21,11 @@ std::string timecode_in_clip(std::int64_t frame, const ClipTiming& timing) {
                      timing.display_format);
 }
 
-RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing, bool several) {
+RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing, bool several,
+                       bool clip_item) {
   RowPlacement placement;
-  if (!row.markers.empty()) placement.media = clip.first("media");
+  placement.markers_after_name = clip_item ? "file" : "media";
+  if (!row.markers.empty()) placement.markers_after = clip.first(placement.markers_after_name);
   if (!timing.rate) return placement;
   const std::string* in = row.field(kInHeader);
   const std::string* out = row.field(kOutHeader);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "document/document.hpp"
@@ -31,13 +32,16 @@ struct RowPlacement {
   std::optional<FrameSpan> subclip;
   // The frame of each of the row's markers, in the row's order; when it has markers.
   std::optional<std::vector<std::int64_t>> marker_frames;
-  // The clip's first media element: the row's markers go right after it.
-  Element media;
+  // The element the row's markers go right after: a clip's first <media>, a clip item's <file>.
+  Element markers_after;
+  std::string_view markers_after_name;
 };
 
-// The placement of the row in its target clip. Frames need the clip's rate entry: without one
-// they are left out, and the step that needs them fails through `planned`.
-RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing, bool several);
+// The placement of the row in its target clip (a master clip or its copy, or a clip item of a
+// sequence). Frames need the clip's rate entry: without one they are left out, and the step that
+// needs them fails through `planned`.
+RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing, bool several,
+                       bool clip_item = false);
 
 // The planned value, or, when the clip's missing rate entry kept it from being planned, the error
 // that says so.

@@ -6,6 +6,10 @@ namespace pellago {
 // switch: the steps read a switch where they would otherwise branch on a mode, and a reader sees
 // here every way the default rules depart from the classic ones.
 struct Rules {
+  // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
+  // file's name without its extension, is that Name: logging fields and markers, never In, Out
+  // or subclips.
+  bool log_clip_items = false;
   // A clip further down the document than the sheet has data rows only gets its In/Out clearing
   // and its subclip copies; its timing, subclip, logging fields, markers and aux timecodes are
   // left as they are.
@@ -26,7 +30,8 @@ constexpr Rules classic_rules() { return Rules{}; }
 // The rules for exports and sheets as real applications and loggers write them: what the program,
 // the app and the Python module use unless asked for the classic rules.
 constexpr Rules default_rules() {
-  return Rules{.position_limit = false,
+  return Rules{.log_clip_items = true,
+               .position_limit = false,
                .follow_file_references = true,
                .any_case_truth_words = true,
                .missing_ntsc_is_false = true};

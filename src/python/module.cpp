@@ -382,6 +382,8 @@ PYBIND11_MODULE(pellago, module) {
       .def_readonly("markers_added", &MergeReport::markers_added, "Markers added.")
       .def_readonly("rows_unmatched", &MergeReport::rows_unmatched,
                     "Data rows, blank rows not counted, whose Name matched no clip.")
+      .def_readonly("clip_items_logged", &MergeReport::clip_items_logged,
+                    "Clip items of sequences logged by rows that named no master clip.")
       .def_readonly("recovered", &MergeReport::recovered,
                     "What the parser repaired; when its count is not 0 the clips after the first "
                     "error may be missing from the merge and the output.")

@@ -76,6 +76,9 @@ class MergeReport:
     def rows_unmatched(self) -> int:
         """Data rows, blank rows not counted, whose Name matched no clip."""
     @property
+    def clip_items_logged(self) -> int:
+        """Clip items of sequences logged by rows that named no master clip."""
+    @property
     def recovered(self) -> RecoveredErrors:
         """When its count is not 0, clips after the first error may be missing."""
 
@@ -103,6 +106,7 @@ class FindingKind:
     word_case: ClassVar[FindingKind]
     merge_fails: ClassVar[FindingKind]
     recovered_xml: ClassVar[FindingKind]
+    in_out_on_clip_item: ClassVar[FindingKind]
     @property
     def name(self) -> str: ...
     @property

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "check/check.hpp"
 #include "document/document.hpp"
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
@@ -68,6 +69,38 @@ TEST_F(RealExportsTest, ANtscWordInAnyLetterCaseNamesItsRate) {
         }
       },
       Error);
+}
+
+// A timeline has no master clips: a row logs the clip items of its name in the sequences (by the
+// item's name, or its file's name without the extension), never their In and Out.
+TEST_F(RealExportsTest, ATimelinesClipItemsTakeTheRowsLoggingAndMarkers) {
+  const std::string name = "Fordommer_Mikke_Prat_01_RENDER_READY_01";
+  write_xlsx(path("log.xlsx"), {{"Name", "Scene", "Log Note", "In", "Marker Timecode"},
+                                {name, "4", "wide", "00:07:31:00", "00:07:31:23"}});
+  const Document logged = merged("BroShow_ep_Fordommer.xml", default_rules());
+  std::size_t items = 0;
+  for (Element item : logged.all("clipitem")) {
+    const Element own_name = item.first_xpath("name");
+    if (!own_name || own_name.text() != name + ".mov") continue;
+    ++items;
+    SCOPED_TRACE(*item.attribute("id"));
+    EXPECT_EQ(item.first("logginginfo/scene").text(), "4");
+    EXPECT_EQ(item.first("logginginfo/lognote").text(), "wide");
+    EXPECT_EQ(item.first("marker/in").text(), "25");  // one second into the file's media
+    EXPECT_NE(item.first("in").text(), "2");
+  }
+  EXPECT_EQ(items, 8u);
+  EXPECT_EQ(merged("BroShow_ep_Fordommer.xml", classic_rules()).write(),
+            Document::parse_file(real_export("BroShow_ep_Fordommer.xml")).write());
+
+  CheckOptions options;
+  options.rules = default_rules();
+  const CheckReport report =
+      check(path("log.xlsx"), real_export("BroShow_ep_Fordommer.xml"), options);
+  ASSERT_EQ(report.findings.size(), 1u);
+  EXPECT_EQ(report.findings[0].kind, FindingKind::in_out_on_clip_item);
+  EXPECT_EQ(report.merge.clip_items_logged, 8u);
+  EXPECT_EQ(report.merge.rows_unmatched, 0u);
 }
 
 }  // namespace
