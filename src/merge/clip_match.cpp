@@ -24,7 +24,7 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Element target = match.clips[j];
   if (run.observer) run.observer->row_started(match, j);
-  if (!match.clip_item) clear_empty_in_out(row, target);
+  if (!match.clip_item) clear_empty_in_out(row, target, run.host.rules);
   if (match.several && j == 0) {
     make_subclip_copies(match);
     run.report.subclips_made += match.clips.size() - 1;
@@ -37,7 +37,7 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const RowPlacement placement = place_row(row, target, timing, match.several, match.clip_item);
   if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);
   if (match.several) apply_subclip(row, target, placement, timing, clip_duration);
-  apply_logging_fields(target, row, run.document);
+  apply_logging_fields(target, row, run.document, run.host.rules);
   apply_markers(row, placement, timing);
   run.report.markers_added += row.markers.size();
   apply_aux_timecodes(target, row, timing);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "error.hpp"
+#include "merge/clip_layout.hpp"
 #include "merge/required_element.hpp"
 #include "sheet/columns.hpp"
 
@@ -19,6 +20,12 @@ constexpr bool is_logging_field(const SheetColumn& column) {
 }
 
 constexpr std::size_t kFieldCount = std::ranges::count_if(kSheetColumns, is_logging_field);
+
+static_assert(std::ranges::all_of(kSheetColumns,
+                                  [](const SheetColumn& column) {
+                                    return !is_logging_field(column) || has_place(column.element);
+                                  }),
+              "every logging field's element has its place in a clip");
 
 // The logging columns in table order: "Label" creates its element before "Label 2" sets the first
 // label2, and "Comment 2" lands between mastercomment4 and a clipcommenta that "Comment 1" just
@@ -70,7 +77,8 @@ constexpr Lookups kLookups = [] {
 
 // The elements of one walk that are still in the clip: a field that replaces an element's text
 // takes the elements below it out of the tree. Fields only ever add elements that match their
-// own selector, so the walk misses nothing a later field looks for.
+// own selector (and the containers that hold them, which no field selects), so the walk misses
+// nothing a later field looks for.
 std::vector<Element> still_in(Element clip, const std::vector<Element>& found) {
   std::vector<Element> in_clip;
   for (Element element : found) {
@@ -117,7 +125,7 @@ std::string good_flag(std::string_view cell) {
   return lowered == "yes" || lowered == "y" ? "TRUE" : "FALSE";
 }
 
-void apply_logging_fields(Element clip, const LogRow& row, Document& document) {
+void apply_logging_fields(Element clip, const LogRow& row, Document& document, const Rules& rules) {
   const std::vector<std::vector<Element>> found = clip.all_of(kLookups.selectors);
   for (std::size_t i = 0; i < kFieldCount; ++i) {
     const SheetColumn& field = kLoggingFields[i];
@@ -125,6 +133,10 @@ void apply_logging_fields(Element clip, const LogRow& row, Document& document) {
     if (cell == nullptr) continue;
     const std::string text = field.role == ColumnRole::good ? good_flag(*cell) : *cell;
     const std::vector<Element> elements = still_in(clip, found[i]);
+    if (elements.empty() && rules.create_missing_elements) {
+      add_in_place(clip, kLookups.selectors[i], text);
+      continue;
+    }
     switch (field.write) {
       case ElementWrite::every_match:
         for (Element element : elements) element.set_text(text);

@@ -22,6 +22,11 @@ struct Rules {
   // A clip without a <rate><ntsc> has an NTSC flag of FALSE, as the applications mean by leaving
   // it out, instead of failing.
   bool missing_ntsc_is_false = false;
+  // A clip without the element a logging column writes, or without the <in> or <out> an empty In
+  // or Out cell clears, gets one where Final Cut Pro 7 writes it (with the <logginginfo>,
+  // <labels> or <comments> that holds it), instead of the cell being dropped or the merge
+  // failing.
+  bool create_missing_elements = false;
 };
 
 // The rules the merge has always followed: for the Ruby module and --classic.
@@ -34,7 +39,8 @@ constexpr Rules default_rules() {
                .position_limit = false,
                .follow_file_references = true,
                .any_case_truth_words = true,
-               .missing_ntsc_is_false = true};
+               .missing_ntsc_is_false = true,
+               .create_missing_elements = true};
 }
 
 // The classic rules when asked for, the default ones otherwise.

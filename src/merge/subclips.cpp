@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "error.hpp"
+#include "merge/clip_layout.hpp"
 #include "merge/required_element.hpp"
 #include "sheet/columns.hpp"
 #include "timecode/read_integer.hpp"
@@ -25,11 +26,21 @@ bool is_empty_cell(const std::string* value) { return value && value->empty(); }
 
 bool holds_text(const std::string* value) { return value && !value->empty(); }
 
+constexpr Selector kIn = name_chain("in");
+constexpr Selector kOut = name_chain("out");
+static_assert(has_place(kIn.text) && has_place(kOut.text));
+
 void clear_point_if_empty(const LogRow& row, Element clip, std::string_view column,
-                          std::string_view point) {
+                          const Selector& point, const Rules& rules) {
   if (!is_empty_cell(row.field(column))) return;
-  required(clip, point, fmt::format(" to clear for the empty \"{}\" cell", column)).set_text("-1");
-  set_if_present(clip, fmt::format("media/audio/{}", point), "-1");
+  const Element found = clip.first(point);
+  if (!found && rules.create_missing_elements) {
+    add_in_place(clip, point, "-1");
+  } else {
+    require_found(found, point.text, fmt::format(" to clear for the empty \"{}\" cell", column))
+        .set_text("-1");
+  }
+  set_if_present(clip, fmt::format("media/audio/{}", point.text), "-1");
 }
 
 std::string copy_clip_item_id(const std::string& clip_id, std::size_t copy, std::size_t item) {
@@ -116,9 +127,9 @@ std::string id_copied_from(const std::string& id) {
   return id.substr(0, at);
 }
 
-void clear_empty_in_out(const LogRow& row, Element clip) {
-  clear_point_if_empty(row, clip, kInHeader, "in");
-  clear_point_if_empty(row, clip, kOutHeader, "out");
+void clear_empty_in_out(const LogRow& row, Element clip, const Rules& rules) {
+  clear_point_if_empty(row, clip, kInHeader, kIn, rules);
+  clear_point_if_empty(row, clip, kOutHeader, kOut, rules);
 }
 
 void make_subclip_copies(ClipMatch& match) {

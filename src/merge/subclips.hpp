@@ -5,14 +5,16 @@
 #include "document/document.hpp"
 #include "merge/clip_match.hpp"
 #include "merge/row_placement.hpp"
+#include "merge/rules.hpp"
 #include "sheet/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
 
 namespace pellago {
 
 // An empty "In" cell sets the clip's first in (and first media/audio/in, if any) to -1; the same
-// for "Out". An absent column or a non-empty cell changes nothing.
-void clear_empty_in_out(const LogRow& row, Element clip);
+// for "Out". An absent column or a non-empty cell changes nothing. A clip without an in (out)
+// throws Error, or under rules.create_missing_elements gets one holding -1 after its rate.
+void clear_empty_in_out(const LogRow& row, Element clip, const Rules& rules = classic_rules());
 
 // For a clip with n > 1 matching rows: removes the clip's links, then appends n - 1 renamed deep
 // copies of it to its parent and to match.clips. Copy j gets the id "ID clip0j", no uuid, every

@@ -1,6 +1,8 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <string>
 
 #include "check/check.hpp"
@@ -25,6 +27,16 @@ class RealExportsTest : public ScratchFolderTest {
     host.rules = rules;
     add_log_notes(path("log.xlsx"), real_export(xml), path("out.xml"), host);
     return Document::parse_file(path("out.xml"));
+  }
+
+  // The merge's error message; empty when it succeeds.
+  std::string merge_error(const std::string& xml, const Rules& rules) {
+    try {
+      merged(xml, rules);
+    } catch (const Error& error) {
+      return error.what();
+    }
+    return {};
   }
 
   // The in points of the markers of the first clip named `name`.
@@ -101,6 +113,107 @@ TEST_F(RealExportsTest, ATimelinesClipItemsTakeTheRowsLoggingAndMarkers) {
   EXPECT_EQ(report.findings[0].kind, FindingKind::in_out_on_clip_item);
   EXPECT_EQ(report.merge.clip_items_logged, 8u);
   EXPECT_EQ(report.merge.rows_unmatched, 0u);
+}
+
+// `xml` with the first <tag> after `anchor` (holding text or written empty) replaced by `with`.
+std::string replace_element(std::string xml, const std::string& anchor, const std::string& tag,
+                            const std::string& with) {
+  const std::size_t from = xml.find(anchor);
+  std::smatch found;
+  std::regex_search(xml.cbegin() + static_cast<std::ptrdiff_t>(from), xml.cend(), found,
+                    std::regex("<" + tag + "(>[^<]*</" + tag + ">| ?/>)"));
+  return xml.replace(from + static_cast<std::size_t>(found.position()),
+                     static_cast<std::size_t>(found.length()), with);
+}
+
+// Master clips that lack in/out, labels, comments and some logging elements: the default rules
+// add each one where Final Cut Pro 7 writes it; the classic rules fail or drop the cells.
+TEST_F(RealExportsTest, ElementsAClipLacksAreAddedInTheirPlace) {
+  const std::string newsroom = "HENRIK-FLYTTER-221015-SP23";
+  const std::string premiere = "Nokas.2010.NORWEGIAN.DVDSCR.XviD-NOKAS.avi";
+  const SheetRow headers{"Name",
+                         "In",
+                         "Out",
+                         "Good",
+                         "Label",
+                         "Label 2",
+                         "Description",
+                         "Scene",
+                         "Shot/Take",
+                         "Log Note",
+                         "Angle",
+                         "Master Comment 1",
+                         "Master Comment 2",
+                         "Master Comment 3",
+                         "Master Comment 4",
+                         "Comment 1",
+                         "Comment 2"};
+  // Each cell names its column, so that the expected documents show where it went.
+  const auto logged = [&](const std::string& name) {
+    SheetRow row = headers;
+    row[0] = name;
+    row[1] = row[2] = "";
+    row[3] = "yes";
+    return row;
+  };
+  write_xlsx(path("log.xlsx"), {headers, logged(newsroom), logged(premiere)});
+  const std::string labels = "<labels><label>Label</label><label2>Label 2</label2></labels>";
+  const std::string clip_comments =
+      "<clipcommenta>Comment 1</clipcommenta><clipcommentb>Comment 2</clipcommentb>";
+  const auto comment = [](int n) {
+    return fmt::format("<mastercomment{0}>Master Comment {0}</mastercomment{0}>", n);
+  };
+
+  std::string expected = read_file(real_export("jrpa-ths-skvln-henrik.xml"));
+  const std::string at = "<clip id=\"" + newsroom;
+  expected = replace_after(expected, at, "</rate>", "</rate><in>-1</in><out>-1</out>");
+  expected = replace_element(expected, at, "description",
+                             "<description>Description</description><scene>Scene</scene>"
+                             "<shottake>Shot/Take</shottake>");
+  expected =
+      replace_element(expected, at, "lognote", "<lognote>Log Note</lognote><good>TRUE</good>");
+  expected = replace_after(expected, at, "</logginginfo>", "</logginginfo>" + labels);
+  for (int n = 1; n <= 4; ++n) {
+    expected = replace_element(expected, at, fmt::format("mastercomment{}", n),
+                               comment(n) + (n == 4 ? clip_comments : ""));
+  }
+  expected = replace_after(expected, at, "</media>", "</media><defaultangle>Angle</defaultangle>");
+  EXPECT_EQ(merged("jrpa-ths-skvln-henrik.xml", default_rules()).write(),
+            Document::parse_string(expected).write());
+
+  expected = read_file(real_export("premiere_cs6_lydtest.xml"));
+  for (const std::string id : {"masterclip-3", "masterclip-4"}) {
+    const std::string clip = "<clip id=\"" + id + "\"";
+    expected = replace_element(expected, clip, "in", "<in>-1</in>");
+    expected = replace_element(expected, clip, "out", "<out>-1</out>");
+    expected =
+        replace_after(expected, clip, "</media>", "</media><defaultangle>Angle</defaultangle>");
+    expected =
+        replace_element(expected, clip, "description", "<description>Description</description>");
+    expected = replace_element(expected, clip, "scene", "<scene>Scene</scene>");
+    expected = replace_element(expected, clip, "shottake", "<shottake>Shot/Take</shottake>");
+    expected =
+        replace_element(expected, clip, "lognote", "<lognote>Log Note</lognote><good>TRUE</good>");
+    expected = replace_after(expected, clip, "</logginginfo>",
+                             "</logginginfo>" + labels + "<comments>" + comment(1) + comment(2) +
+                                 comment(3) + comment(4) + clip_comments + "</comments>");
+  }
+  EXPECT_EQ(merged("premiere_cs6_lydtest.xml", default_rules()).write(),
+            Document::parse_string(expected).write());
+
+  EXPECT_EQ(merge_error("jrpa-ths-skvln-henrik.xml", classic_rules()),
+            "clip \"HENRIK-FLYTTER-221015-SP23\" (id HENRIK-FLYTTER-221015-SP23, sheet row 2): no "
+            "<in> element to clear for the empty \"In\" cell");
+  EXPECT_EQ(
+      merge_error("premiere_cs6_lydtest.xml", classic_rules()),
+      "clip \"Nokas.2010.NORWEGIAN.DVDSCR.XviD-NOKAS.avi\" (id masterclip-3, sheet row 3): no "
+      "<labels><label> element for \"Label\", and no <labels><label2> element to insert one "
+      "before");
+  // Without the columns that fail, the ones whose elements are missing change nothing.
+  write_xlsx(path("log.xlsx"),
+             {{"Name", "Good", "Master Comment 1"}, {premiere, "yes", "dropped"}});
+  EXPECT_EQ(merged("premiere_cs6_lydtest.xml", classic_rules()).write(),
+            Document::parse_file(real_export("premiere_cs6_lydtest.xml")).write());
 }
 
 }  // namespace
