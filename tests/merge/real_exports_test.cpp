@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
 
 #include "check/check.hpp"
@@ -115,15 +114,20 @@ TEST_F(RealExportsTest, ATimelinesClipItemsTakeTheRowsLoggingAndMarkers) {
   EXPECT_EQ(report.merge.rows_unmatched, 0u);
 }
 
-// `xml` with the first <tag> after `anchor` (holding text or written empty) replaced by `with`.
+// `xml` with the first <tag> after `anchor` (holding text, or written empty as <tag/> or <tag />)
+// replaced by `with`.
 std::string replace_element(std::string xml, const std::string& anchor, const std::string& tag,
                             const std::string& with) {
-  const std::size_t from = xml.find(anchor);
-  std::smatch found;
-  std::regex_search(xml.cbegin() + static_cast<std::ptrdiff_t>(from), xml.cend(), found,
-                    std::regex("<" + tag + "(>[^<]*</" + tag + ">| ?/>)"));
-  return xml.replace(from + static_cast<std::size_t>(found.position()),
-                     static_cast<std::size_t>(found.length()), with);
+  std::size_t start = xml.find(anchor);
+  do {
+    start = xml.find("<" + tag, start + 1);
+  } while (xml[start + tag.size() + 1] != '>' && xml[start + tag.size() + 1] != '/' &&
+           xml[start + tag.size() + 1] != ' ');
+  const std::size_t open_end = xml.find('>', start);
+  const bool empty = xml[open_end - 1] == '/';
+  const std::size_t end =
+      empty ? open_end + 1 : xml.find("</" + tag + ">", open_end) + tag.size() + 3;
+  return xml.replace(start, end - start, with);
 }
 
 // Master clips that lack in/out, labels, comments and some logging elements: the default rules
