@@ -94,8 +94,14 @@ class MainWindowTest : public QObject {
 
   // Both example files dropped at once, the export first: each goes where its kind says. The table
   // shows every row with the clip it names, the findings list the check's, the output defaults to
-  // NAME_logged.xml beside the export and the folders are remembered.
-  void showsTheSheetAsReadAndTheFindings() {
+  // NAME_logged.xml beside the export and the folders are remembered. The window's merge writes
+  // the bytes the CLI writes; an existing output is replaced only once the user says so.
+  void showsTheSheetAndFindingsAndMergesAsTheCliDoes() {
+    QTemporaryDir scratch;
+    const QString output = scratch.filePath(QStringLiteral("merged.xml"));
+    const QString cli_output = scratch.filePath(QStringLiteral("cli.xml"));
+    QCOMPARE(run_cli({QStringLiteral("merge"), kSheet, kProject, cli_output}), QString());
+
     MainWindow window;
     QSignalSpy checked(&window, &MainWindow::checked);
     drop_files(window, {kProject, kSheet});
@@ -132,19 +138,7 @@ class MainWindowTest : public QObject {
     QCOMPARE(child<QLabel>(window, "checkSummary")->text(),
              QStringLiteral("4 findings - a merge would visit 6 clips (5 changed, 2 subclips made, "
                             "6 markers added); 1 sheet row matched no clip"));
-  }
 
-  // The window's merge writes the bytes the CLI writes; an existing output is replaced only once
-  // the user says so.
-  void mergeWritesWhatTheCliWrites() {
-    QTemporaryDir scratch;
-    const QString output = scratch.filePath(QStringLiteral("merged.xml"));
-    const QString cli_output = scratch.filePath(QStringLiteral("cli.xml"));
-    QCOMPARE(run_cli({QStringLiteral("merge"), kSheet, kProject, cli_output}), QString());
-
-    MainWindow window;
-    window.open_file(kSheet);
-    window.open_file(kProject);
     window.set_output(output);
     QSignalSpy ended(&window, &MainWindow::merge_ended);
     QTest::mouseClick(child<QPushButton>(window, "merge"), Qt::LeftButton);
