@@ -138,7 +138,8 @@ def test_check_gives_what_the_program_prints_as_objects(tmp_path, broken):
     assert as_json(report) == json.loads(printed.stdout)
     assert pellago.check(sheet, PROJECT).changes == []
 
-    # A merge that would fail is part of the report, and the merge's error says where it arose.
+    # A merge that would fail is part of the report, and the merge's error says where it arose; a
+    # file that cannot be read raises.
     merge_error = subprocess.run([CLI, "merge", SHEET, broken, tmp_path / "out.xml"],
                                  capture_output=True, text=True).stderr
     report = pellago.check(SHEET, broken)
@@ -149,6 +150,8 @@ def test_check_gives_what_the_program_prints_as_objects(tmp_path, broken):
         pellago.merge(SHEET, broken, tmp_path / "out.xml")
     assert (at_clip.value.row, at_clip.value.column) == (2, None)
     assert (at_clip.value.clip.name, at_clip.value.clip.id) == ("A001_C001_0611AB",) * 2
+    with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
+        pellago.check(SHEET, tmp_path / "missing.xml")
     assert pellago.check(tmp_path / "log.XLSX", PROJECT).merge.outcome == (
         pellago.Outcome.not_a_log_sheet)
     assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
