@@ -94,8 +94,14 @@ class MainWindowTest : public QObject {
 
   // Both example files dropped at once, the export first: each goes where its kind says. The table
   // shows every row with the clip it names, the findings list the check's, the output defaults to
-  // NAME_logged.xml beside the export and the folders are remembered.
-  void showsTheSheetAsReadAndTheFindings() {
+  // NAME_logged.xml beside the export and the folders are remembered. The window's merge writes
+  // the bytes the CLI writes; an existing output is replaced only once the user says so.
+  void showsTheSheetAndFindingsAndMergesAsTheCliDoes() {
+    QTemporaryDir scratch;
+    const QString output = scratch.filePath(QStringLiteral("merged.xml"));
+    const QString cli_output = scratch.filePath(QStringLiteral("cli.xml"));
+    QCOMPARE(run_cli({QStringLiteral("merge"), kSheet, kProject, cli_output}), QString());
+
     MainWindow window;
     QSignalSpy checked(&window, &MainWindow::checked);
     drop_files(window, {kProject, kSheet});
@@ -132,20 +138,9 @@ class MainWindowTest : public QObject {
     QCOMPARE(child<QLabel>(window, "checkSummary")->text(),
              QStringLiteral("4 findings - a merge would visit 6 clips (5 changed, 2 subclips made, "
                             "6 markers added); 1 sheet row matched no clip"));
-  }
 
-  // The window's merge writes the bytes the CLI writes; an existing output is replaced only once
-  // the user says so.
-  void mergeWritesWhatTheCliWrites() {
-    QTemporaryDir scratch;
-    const QString output = scratch.filePath(QStringLiteral("merged.xml"));
-    const QString cli_output = scratch.filePath(QStringLiteral("cli.xml"));
-    QCOMPARE(run_cli({QStringLiteral("merge"), kSheet, kProject, cli_output}), QString());
-
-    MainWindow window;
-    window.open_file(kSheet);
-    window.open_file(kProject);
     window.set_output(output);
+    window.open_file(kProject);  // checks again, while the merge runs
     QSignalSpy ended(&window, &MainWindow::merge_ended);
     QTest::mouseClick(child<QPushButton>(window, "merge"), Qt::LeftButton);
     QVERIFY(ended.wait(kWaitMs));
@@ -194,13 +189,14 @@ class MainWindowTest : public QObject {
     QCOMPARE(QDir(scratch.path()).entryList(QDir::Files).size(), 2);
   }
 
-  // A merge that fails says what the CLI says and writes nothing; the window re-reads the export
-  // once it is mended on disk.
-  void failureIsWordedAsTheCliWordsIt() {
+  // A check and a merge that fail at a sheet row (row 6, not the first) select that row in the
+  // sheet table; the merge says what the CLI says and writes nothing; the window re-reads the
+  // export once it is mended on disk.
+  void failureIsWordedAsTheCliWordsItAtItsRow() {
     QTemporaryDir scratch;
     const QString broken = scratch.filePath(QStringLiteral("broken.xml"));
     QByteArray xml = read_all(kProject);
-    xml.replace("<duration>1500</duration>", "");
+    xml.replace("<duration>1798</duration>", "");
     write_all(broken, xml);
     const QString cli_error = run_cli(
         {QStringLiteral("merge"), kSheet, broken, scratch.filePath(QStringLiteral("cli.xml"))});
@@ -213,30 +209,6 @@ class MainWindowTest : public QObject {
     QVERIFY(checked.wait(kWaitMs));
     const auto* findings = child<QTableView>(window, "findingsTable");
     QCOMPARE(cell(findings, findings->model()->rowCount() - 1, 0), QStringLiteral("error"));
-
-    QSignalSpy ended(&window, &MainWindow::merge_ended);
-    window.merge();
-    QVERIFY(ended.wait(kWaitMs));
-    QCOMPARE(QStringLiteral("pellago: ") + child<QLabel>(window, "message")->text(), cli_error);
-    QVERIFY(!QFile::exists(window.output_path()));
-
-    write_all(broken, read_all(kProject));
-    QVERIFY(checked.wait(kWaitMs));
-    QCOMPARE(findings->model()->rowCount(), 4);
-  }
-
-  // A check and a merge that fail at a sheet row select that row in the sheet table.
-  void failingRowIsSelected() {
-    QTemporaryDir scratch;
-    const QString broken = scratch.filePath(QStringLiteral("broken.xml"));
-    QByteArray xml = read_all(kProject);
-    xml.replace("<duration>1798</duration>", "");
-    write_all(broken, xml);
-    MainWindow window;
-    QSignalSpy checked(&window, &MainWindow::checked);
-    window.open_file(kSheet);
-    window.open_file(broken);
-    QVERIFY(checked.wait(kWaitMs));
     auto* table = child<QTableView>(window, "sheetTable");
     const QModelIndexList row_6 =
         table->model()->match(table->model()->index(0, 0), Qt::DisplayRole, QStringLiteral("6"));
@@ -247,7 +219,13 @@ class MainWindowTest : public QObject {
     QSignalSpy ended(&window, &MainWindow::merge_ended);
     window.merge();
     QVERIFY(ended.wait(kWaitMs));
+    QCOMPARE(QStringLiteral("pellago: ") + child<QLabel>(window, "message")->text(), cli_error);
     QCOMPARE(table->selectionModel()->selectedRows(), row_6);
+    QVERIFY(!QFile::exists(window.output_path()));
+
+    write_all(broken, read_all(kProject));
+    QVERIFY(checked.wait(kWaitMs));
+    QCOMPARE(findings->model()->rowCount(), 4);
   }
 };
 

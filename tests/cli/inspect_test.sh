@@ -24,8 +24,7 @@ expect_json "$typed/typed_headers.xlsx" "$data/inspect_typed_headers.json"
 
 sheet=$data/inspect_gap_in_headers.xls
 run inspect "$sheet"
-[[ $status -eq 1 && $err == "pellago: $sheet: column B (2) has no header text: every column in use needs a text header" ]] ||
-  fail "inspect_gap_in_headers.xls printed '$err' (status $status)"
+expect_status 1 "gap in headers" "pellago: $sheet: column B (2) has no header text: every column in use needs a text header"
 
 run inspect log.csv
 [[ $status -eq 3 && -z $out ]] || fail "inspect log.csv printed '$out' (status $status), expected status 3"

@@ -13,6 +13,7 @@ Trailing blanks are ignored on every line. Usage: log_sheets_guide_test.py PATH_
 """
 import datetime
 import os
+import pathlib
 import re
 import shlex
 import subprocess
@@ -31,26 +32,24 @@ def lines_of(text):
     return [line.rstrip() for line in text.rstrip("\n").split("\n")]
 
 
+def next_line(lines, start, prefix):
+    return next(i for i in range(start, len(lines)) if lines[i].startswith(prefix))
+
+
 def fenced_block(lines, start):
     """The lines of the fenced block opening at or after `start`, and the index after it."""
-    while not lines[start].startswith("```"):
-        start += 1
-    end = start + 1
-    while not lines[end].startswith("```"):
-        end += 1
+    start = next_line(lines, start, "```")
+    end = next_line(lines, start + 1, "```")
     return [line.rstrip() for line in lines[start + 1:end]], end + 1
 
 
 def table(lines, start):
-    while not lines[start].startswith("|"):
-        start += 1
-    rows = []
-    while start < len(lines) and lines[start].startswith("|"):
-        cells = [cell.strip() for cell in lines[start].strip().strip("|").split("|")]
-        if not all(set(cell) <= {"-"} for cell in cells):
-            rows.append(cells)
-        start += 1
-    return rows, start
+    """The rows of the table starting at or after `start`, without its rule, and the index after."""
+    start = end = next_line(lines, start, "|")
+    while end < len(lines) and lines[end].startswith("|"):
+        end += 1
+    rows = [[cell.strip() for cell in line.strip().strip("|").split("|")] for line in lines[start:end]]
+    return [row for row in rows if not all(set(cell) <= {"-"} for cell in row)], end
 
 
 def write_sheet(path, rows, as_typed):
@@ -92,8 +91,7 @@ def run_console(block, folder):
 
 
 def main():
-    with open(GUIDE, encoding="utf-8") as guide:
-        lines = guide.read().split("\n")
+    lines = pathlib.Path(GUIDE).read_text(encoding="utf-8").split("\n")
     failures = []
     examples = 0
     with tempfile.TemporaryDirectory() as folder:
@@ -109,13 +107,10 @@ def main():
                 else:
                     block, i = fenced_block(lines, i + 1)
                     if kind == "file":
-                        with open(path, "w", encoding="utf-8") as file:
-                            file.write("\n".join(block) + "\n")
+                        pathlib.Path(path).write_text("\n".join(block) + "\n", encoding="utf-8")
                     else:
-                        with open(path, encoding="utf-8") as file:
-                            written = lines_of(file.read())
                         examples += 1
-                        if written != block:
+                        if lines_of(pathlib.Path(path).read_text(encoding="utf-8")) != block:
                             failures.append(f"{name} differs from the guide's text of it")
                 continue
             if lines[i].startswith("```console"):
@@ -124,11 +119,10 @@ def main():
                 failures += run_console(block, folder)
                 continue
             i += 1
-    for failure in failures:
-        print(f"FAIL: {failure}")
     if examples < 10:
         failures.append(f"only {examples} examples found in {GUIDE}")
-        print(f"FAIL: {failures[-1]}")
+    for failure in failures:
+        print(f"FAIL: {failure}")
     print(f"{examples} examples run, {len(failures)} failed")
     return 1 if failures else 0
 

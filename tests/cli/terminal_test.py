@@ -85,7 +85,7 @@ class ProgressTest(unittest.TestCase):
             self.assertLessEqual(len(line), COLUMNS - 1, repr(line))
             self.assertNotIn("\n", line)
 
-    def test_bar_fits_a_narrow_terminal_and_is_cleared(self):
+    def test_bar_fits_a_narrow_terminal_is_cleared_and_quiet_draws_none(self):
         for term in ("xterm", "dumb", ""):
             status, shown = run(["merge", SHEET, PROJECT, self.output], term=term)
             self.assertEqual(status, 0, shown)
@@ -103,6 +103,9 @@ class ProgressTest(unittest.TestCase):
                 # No escape sequences: blanks over the bar, then back to the start of the line.
                 self.assertNotIn("\x1b", shown)
                 self.assertTrue(re.fullmatch(r".*\r +\r", progress, re.DOTALL), repr(shown))
+        status, shown = run(["merge", "-q", SHEET, PROJECT, self.output])
+        self.assertEqual(status, 0, shown)
+        self.assertTrue(shown.startswith("visited 6 clips, changed 5; "), repr(shown))
 
     def test_a_slow_phase_is_named_while_it_lasts(self):
         # The export comes through a named pipe: reading it lasts until the test writes it.
@@ -119,11 +122,6 @@ class ProgressTest(unittest.TestCase):
         self.assertEqual(lines[0], "reading XML")
         self.assertNotIn("reading sheet", shown)  # quick phases are not named
         self.assert_fits(lines)
-
-    def test_quiet_draws_nothing(self):
-        status, shown = run(["merge", "-q", SHEET, PROJECT, self.output])
-        self.assertEqual(status, 0, shown)
-        self.assertTrue(shown.startswith("visited 6 clips, changed 5; "), repr(shown))
 
 
 class HelpTest(unittest.TestCase):

@@ -3,19 +3,9 @@
 
 # Stands for an AppKit progress indicator or view: records every call made on it.
 class ProgressRecorder
-  def initialize(log, name)
-    @log = log
-    @name = name
-  end
-
-  def method_missing(method, *arguments)
-    @log << [@name, method, *arguments]
-    nil
-  end
-
-  def respond_to_missing?(*)
-    true
-  end
+  def initialize(log, name) = (@log, @name = log, name)
+  def method_missing(method, *arguments) = (@log << [@name, method, *arguments]; nil)
+  def respond_to_missing?(*) = true
 end
 
 # The application's controller: calls add_log_notes on itself, holds the progress objects.
@@ -32,9 +22,7 @@ class Controller
     @progressView = ProgressRecorder.new(@log, :view)
   end
 
-  def merge(*arguments)
-    add_log_notes(*arguments)
-  end
+  def merge(*arguments) = add_log_notes(*arguments)
 end
 
 # The exception class and message of what the block raises, or nil.

@@ -166,38 +166,31 @@ end
 class ModuleMethodsTest < Minitest::Test
   include ChildRuby
 
-  def test_both_methods_are_private_and_take_exactly_three_arguments
-    errors = in_child(<<~RUBY)
+  def test_both_methods_are_private_take_exactly_three_arguments_and_ruby_strings_and_numbers
+    results = in_child(<<~RUBY)
       require "Pellago_algorithm"
       host = Controller.new(column_headers: :before)
+      timecode = "01:00:00;00"
       [error_of { to_frames("1", 25) }, error_of { to_frames("1", 25, "NDF", 0) },
        error_of { host.merge("log.xls", "in.xml") },
        error_of { host.merge(*%w[log.xls in.xml out.xml extra]) },
-       error_of { Object.new.to_frames("1", 25, "NDF") }, host.column_headers, host.log]
-    RUBY
-    counts = [["ArgumentError", "wrong number of arguments (2 for 3)"],
-              ["ArgumentError", "wrong number of arguments (4 for 3)"]]
-    assert_equal counts * 2, errors[0..3]
-    assert_equal "NoMethodError", errors[4][0]
-    assert_match(/private method `to_frames' called/, errors[4][1])
-    assert_equal [:before, []], errors[5..6]
-  end
-
-  def test_to_frames_takes_ruby_strings_and_numbers
-    results = in_child(<<~RUBY)
-      require "Pellago_algorithm"
-      timecode = "01:00:00;00"
-      [to_frames(timecode, 29.97, "DF"), to_frames(timecode, 30, "NDF"), timecode,
+       error_of { Object.new.to_frames("1", 25, "NDF") }, host.column_headers, host.log,
+       to_frames(timecode, 29.97, "DF"), to_frames(timecode, 30, "NDF"), timecode,
        to_frames("00:01:00:00", 25, :DF), to_frames("10", 25.0, nil).class,
        error_of { to_frames(nil, 25, "NDF") }, error_of { to_frames("1", "25", "NDF") },
        error_of { to_frames("1", Float::NAN, "NDF") }]
     RUBY
-    assert_equal [107_892, 108_000, "01:00:00;00"], results[0..2]
-    assert_equal 1500, results[3], "only the String DF selects drop-frame counting"
-    assert_equal Integer, results[4]
-    assert_equal "TypeError", results[5][0]
-    assert_equal "TypeError", results[6][0]
-    assert_equal %w[FloatDomainError NaN], results[7]
+    counts = [["ArgumentError", "wrong number of arguments (2 for 3)"],
+              ["ArgumentError", "wrong number of arguments (4 for 3)"]]
+    assert_equal counts * 2, results[0..3]
+    assert_equal "NoMethodError", results[4][0]
+    assert_match(/private method `to_frames' called/, results[4][1])
+    assert_equal [:before, []], results[5..6]
+    assert_equal [107_892, 108_000, "01:00:00;00"], results[7..9]
+    assert_equal 1500, results[10], "only the String DF selects drop-frame counting"
+    assert_equal Integer, results[11]
+    assert_equal %w[TypeError TypeError], [results[12][0], results[13][0]]
+    assert_equal %w[FloatDomainError NaN], results[14]
   end
 end
 

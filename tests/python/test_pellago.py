@@ -35,6 +35,14 @@ def run_cli(*arguments):
     return subprocess.run([CLI, *map(str, arguments)], capture_output=True, text=True, check=True)
 
 
+@pytest.fixture
+def broken(tmp_path):
+    """The example export with a clip's <duration> taken out: a merge fails at sheet row 2."""
+    path = tmp_path / "broken.xml"
+    path.write_text(PROJECT.read_text().replace("<duration>1500</duration>", ""))
+    return path
+
+
 def test_merge_writes_what_the_program_writes(tmp_path):
     expected = tmp_path / "cli.xml"
     run_cli("merge", "--quiet", SHEET, PROJECT, expected)
@@ -43,12 +51,8 @@ def test_merge_writes_what_the_program_writes(tmp_path):
     report = pellago.merge(SHEET, str(PROJECT), output)
 
     assert output.read_bytes() == expected.read_bytes()
-    assert (report.outcome, report.clips_visited, report.clips_changed) == (
-        pellago.Outcome.merged,
-        6,
-        5,
-    )
-    assert (report.subclips_made, report.markers_added, report.rows_unmatched) == (2, 6, 1)
+    assert (report.outcome, report.clips_visited, report.clips_changed, report.subclips_made,
+            report.markers_added, report.rows_unmatched) == (pellago.Outcome.merged, 6, 5, 2, 6, 1)
     assert repr(report).startswith("MergeReport(outcome=Outcome.merged, clips_visited=6,")
 
     not_a_sheet = pellago.merge(tmp_path / "log.XLSX", PROJECT, tmp_path / "none.xml")
@@ -60,25 +64,18 @@ def test_merge_writes_what_the_program_writes(tmp_path):
 
 
 def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
-    calls = []
-    report = pellago.merge(
-        SHEET, PROJECT, tmp_path / "out.xml", progress=lambda done, total: calls.append((done, total))
-    )
+    calls, clips = [], range(CLIPS_IN_PROJECT + 1)
+    report = pellago.merge(SHEET, PROJECT, tmp_path / "out.xml",
+                           progress=lambda done, total: calls.append((done, total)))
     assert report.outcome == pellago.Outcome.merged
-    assert calls == [(done, CLIPS_IN_PROJECT) for done in range(CLIPS_IN_PROJECT + 1)]
+    assert calls == [(done, CLIPS_IN_PROJECT) for done in clips]
 
     # A callback that takes the phase hears every phase begin, from the start of reading.
-    calls = []
-    pellago.merge(
-        SHEET, PROJECT, tmp_path / "out.xml", progress=lambda *report: calls.append(report)
-    )
-    phase = pellago.MergePhase
-    assert calls == [
-        (0, 0, phase.reading_sheet),
-        (0, 0, phase.reading_xml),
-        *[(done, CLIPS_IN_PROJECT, phase.merging_clips) for done in range(CLIPS_IN_PROJECT + 1)],
-        (0, 0, phase.writing),
-    ]
+    calls, phase = [], pellago.MergePhase
+    pellago.merge(SHEET, PROJECT, tmp_path / "out.xml", progress=lambda *report: calls.append(report))
+    assert calls == [(0, 0, phase.reading_sheet), (0, 0, phase.reading_xml),
+                     *[(done, CLIPS_IN_PROJECT, phase.merging_clips) for done in clips],
+                     (0, 0, phase.writing)]
 
     output = tmp_path / "earlier.xml"
     output.write_text("earlier output")
@@ -115,43 +112,21 @@ def test_a_recovered_document_is_reported_or_refused_when_strict(tmp_path):
 
 def as_json(report):
     """The report in the shape of `pellago check --json --changes`."""
-
-    def clip(ref):
-        return ref and {"name": ref.name, "id": ref.id}
-
-    findings = [
-        {
-            "kind": f.kind.name,
-            "severity": f.severity.name,
-            "row": f.row,
-            "column": f.column and {"header": f.column.header, "letter": f.column.letter},
-            "clip": clip(f.clip),
-            "message": f.message,
-            "suggestion": f.suggestion or None,
-        }
-        for f in report.findings
-    ]
-    changes = [
-        {
-            "kind": c.kind.name,
-            "row": c.row,
-            "clip": clip(c.clip),
-            "element": c.element,
-            "old": c.old_text,
-            "new": c.new_text,
-            "content": [{"element": path, "text": text} for path, text in c.content],
-        }
-        for c in report.changes
-    ]
-    merge = report.merge
-    summary = {
-        name: getattr(merge, name)
-        for name in ("clips_visited", "clips_changed", "subclips_made", "markers_added")
-    } | {"rows_unmatched": merge.rows_unmatched}
+    clip = lambda ref: ref and {"name": ref.name, "id": ref.id}
+    findings = [{"kind": f.kind.name, "severity": f.severity.name, "row": f.row,
+                 "column": f.column and {"header": f.column.header, "letter": f.column.letter},
+                 "clip": clip(f.clip), "message": f.message, "suggestion": f.suggestion or None}
+                for f in report.findings]
+    changes = [{"kind": c.kind.name, "row": c.row, "clip": clip(c.clip), "element": c.element,
+                "old": c.old_text, "new": c.new_text,
+                "content": [{"element": path, "text": text} for path, text in c.content]}
+               for c in report.changes]
+    summary = {name: getattr(report.merge, name) for name in (
+        "clips_visited", "clips_changed", "subclips_made", "markers_added", "rows_unmatched")}
     return {"error": report.error, "summary": summary, "findings": findings, "changes": changes}
 
 
-def test_check_gives_what_the_program_prints_as_objects(tmp_path):
+def test_check_gives_what_the_program_prints_as_objects(tmp_path, broken):
     sheet = CHECK_SHEETS / "check_mistakes.xlsx"
     printed = subprocess.run(
         [CLI, "check", "--json", "--changes", sheet, PROJECT], capture_output=True, text=True
@@ -163,33 +138,26 @@ def test_check_gives_what_the_program_prints_as_objects(tmp_path):
     assert as_json(report) == json.loads(printed.stdout)
     assert pellago.check(sheet, PROJECT).changes == []
 
-    # A merge that would fail is part of the report; a file that cannot be read raises.
-    broken = tmp_path / "broken.xml"
-    broken.write_text(PROJECT.read_text().replace("<duration>1500</duration>", ""))
+    # A merge that would fail is part of the report, and the merge's error says where it arose; a
+    # file that cannot be read raises.
     merge_error = subprocess.run([CLI, "merge", SHEET, broken, tmp_path / "out.xml"],
                                  capture_output=True, text=True).stderr
     report = pellago.check(SHEET, broken)
     assert merge_error == f"pellago: {report.error}\n"
     assert (report.findings[-1].kind, report.findings[-1].severity) == (
-        pellago.FindingKind.merge_fails,
-        pellago.Severity.error,
-    )
-    with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
-        pellago.check(SHEET, tmp_path / "missing.xml")
-    assert pellago.check(tmp_path / "log.XLSX", PROJECT).merge.outcome == (
-        pellago.Outcome.not_a_log_sheet
-    )
-    assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
-
-
-def test_an_error_says_where_in_the_sheet_and_document(tmp_path):
-    broken = tmp_path / "broken.xml"
-    broken.write_text(PROJECT.read_text().replace("<duration>1500</duration>", ""))
+        pellago.FindingKind.merge_fails, pellago.Severity.error)
     with pytest.raises(pellago.Error) as at_clip:
         pellago.merge(SHEET, broken, tmp_path / "out.xml")
     assert (at_clip.value.row, at_clip.value.column) == (2, None)
     assert (at_clip.value.clip.name, at_clip.value.clip.id) == ("A001_C001_0611AB",) * 2
+    with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
+        pellago.check(SHEET, tmp_path / "missing.xml")
+    assert pellago.check(tmp_path / "log.XLSX", PROJECT).merge.outcome == (
+        pellago.Outcome.not_a_log_sheet)
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
 
+
+def test_an_error_at_a_cell_says_its_row_and_column(tmp_path):
     sheet = tmp_path / "log.xlsx"
     with xlsxwriter.Workbook(sheet) as workbook:
         worksheet = workbook.add_worksheet()
@@ -225,12 +193,8 @@ def test_failures_raise_the_matching_exception_and_write_nothing(tmp_path):
 
     # A small file whose shared strings take far more than the limit once read.
     bomb = WORKBOOKS / "shared_bomb.xlsx"
-    child = subprocess.run(
-        [sys.executable, "-c", MEMORY_LIMITED_MERGE, bomb, PROJECT, output],
-        capture_output=True,
-        text=True,
-        check=True,
-    )
+    child = subprocess.run([sys.executable, "-c", MEMORY_LIMITED_MERGE, bomb, PROJECT, output],
+                           capture_output=True, text=True, check=True)
     assert child.stdout == "MemoryError\n"
 
     assert list(tmp_path.iterdir()) == []
@@ -243,9 +207,7 @@ def test_inspect_gives_the_sheet_as_python_values(tmp_path):
     assert first.number == 2
     assert (first.fields["Name"], first.fields["Good"]) == ("A001_C001_0611AB", "Yes")
     assert [(m.timecode, m.name, m.comment, m.color) for m in first.markers] == [
-        ("10:00:05:00", "Slate", "", "red"),
-        ("10:00:42:12", "Laugh", None, "green"),
-    ]
+        ("10:00:05:00", "Slate", "", "red"), ("10:00:42:12", "Laugh", None, "green")]
     assert pellago.inspect(tmp_path / "log.xls.bak") is None
 
     # Row 1 alone: its cells keep their kinds.
@@ -260,12 +222,9 @@ def test_inspect_gives_the_sheet_as_python_values(tmp_path):
 def test_other_threads_run_while_a_large_merge_works(tmp_path):
     project, log_sheet = tmp_path / "project.xml", tmp_path / "log.xlsx"
     subprocess.run([MAKE_EXPORT, project, log_sheet, "5000"], check=True)
-    ticks = []
-    merging = threading.Event()
-    done = threading.Event()
+    ticks, done = [], threading.Event()
 
     def tick():
-        merging.wait()
         while not done.is_set():
             ticks.append(time.monotonic())
             time.sleep(0.001)
@@ -273,7 +232,6 @@ def test_other_threads_run_while_a_large_merge_works(tmp_path):
     ticker = threading.Thread(target=tick)
     ticker.start()
     try:
-        merging.set()
         started = time.monotonic()
         report = pellago.merge(log_sheet, project, tmp_path / "out.xml")
         ended = time.monotonic()
@@ -286,13 +244,13 @@ def test_other_threads_run_while_a_large_merge_works(tmp_path):
     assert len(during) >= 20, f"{len(during)} ticks in a merge of {ended - started:.2f} s"
 
 
-def test_the_stub_declares_what_the_module_defines():
+def test_the_stub_declares_what_the_module_defines_and_its_enums_the_librarys_names():
+    """The stub declares every public name and member; the library's one list of each enum's
+    names (kinds.def) is the module's enum, value by value, and the stub's, in order; the README
+    names each value."""
     stub = ast.parse((pathlib.Path(pellago.__file__).parent / "pellago.pyi").read_text())
-    declared = {
-        node.name if hasattr(node, "name") else node.target.id
-        for node in stub.body
-        if isinstance(node, (ast.ClassDef, ast.FunctionDef, ast.AnnAssign))
-    }
+    declared = {node.name if hasattr(node, "name") else node.target.id for node in stub.body
+                if isinstance(node, (ast.ClassDef, ast.FunctionDef, ast.AnnAssign))}
     defined = {name for name in dir(pellago) if not name.startswith("_")} | {"__version__"}
     assert declared == defined
     for name in defined - {"__version__", "Error"}:
@@ -303,18 +261,10 @@ def test_the_stub_declares_what_the_module_defines():
             public = {m for m in vars(getattr(pellago, name)) if not m.startswith("_")}
             assert public - {"name", "value"} <= stubbed, name
 
-
-def test_the_enums_hold_the_librarys_names_as_the_stub_and_readme_do():
-    """The library's one list of each enum's names (kinds.def) is the module's enum, value by
-    value, and the stub's, in order; the README names each value."""
     listed = (SOURCE / "src" / "check" / "kinds.def").read_text()
-    stub = ast.parse((pathlib.Path(pellago.__file__).parent / "pellago.pyi").read_text())
     readme = (SOURCE / "README.md").read_text()
-    for enum, macro in (
-        (pellago.FindingKind, "FINDING_KIND"),
-        (pellago.Severity, "SEVERITY"),
-        (pellago.ChangeKind, "CHANGE_KIND"),
-    ):
+    for enum, macro in ((pellago.FindingKind, "FINDING_KIND"), (pellago.Severity, "SEVERITY"),
+                        (pellago.ChangeKind, "CHANGE_KIND")):
         names = re.findall(rf"^PELLAGO_{macro}\((\w+)\)$", listed, re.MULTILINE)
         assert names, macro
         values = {name: int(value) for name, value in enum.__members__.items()}

@@ -10,7 +10,6 @@
 namespace pellago {
 namespace {
 
-using test_support::boolean;
 using test_support::date;
 using test_support::date_time;
 using test_support::empty;
@@ -104,27 +103,6 @@ TEST(XlsxReader, DateAndTimeFormatsGiveIsoTextOtherFormatsNumbers) {
                                time_of_day(12, 30, 0), time_of_day(12, 30, 0)}));
   EXPECT_EQ(row(sheet_read, 2),
             (std::vector<Cell>{number(45352), number(45352), number(-1), empty, empty, empty}));
-}
-
-TEST(XlsxReader, FormulasBooleansAndRichStringsGiveTheirValues) {
-  test_support::TempDir dir;
-  XlsxFile file(dir.file("values.xlsx"));
-  lxw_worksheet* sheet = file.sheet();
-  lxw_format* bold = workbook_add_format(file.book());
-  format_set_bold(bold);
-  lxw_rich_string_tuple plain_part = {nullptr, const_cast<char*>("Check ")};
-  lxw_rich_string_tuple bold_part = {bold, const_cast<char*>("focus")};
-  lxw_rich_string_tuple* rich[] = {&plain_part, &bold_part, nullptr};
-  worksheet_write_formula_num(sheet, 0, 0, "=6*7", nullptr, 42);
-  worksheet_write_formula_str(sheet, 0, 1, "=\"o\"&\"k\"", nullptr, "ok");
-  worksheet_write_boolean(sheet, 0, 2, 1, nullptr);
-  worksheet_write_boolean(sheet, 0, 3, 0, nullptr);
-  worksheet_write_rich_string(sheet, 0, 4, rich, nullptr);
-
-  const Workbook values = file.close_and_open();
-
-  EXPECT_EQ(row(values, 1), (std::vector<Cell>{number(42), text("ok"), boolean(true),
-                                               boolean(false), text("Check focus")}));
 }
 
 TEST(XlsxReader, CellsAtTheFarEdgesOfTheSheetAreRead) {

@@ -53,6 +53,16 @@ def worksheet(sheet_data):
             f'<worksheet xmlns="{MAIN_NS}"><sheetData>{sheet_data}</sheetData></worksheet>')
 
 
+def load(*name):
+    with open(os.path.join(HERE, *name), "rb") as handle:
+        return handle.read()
+
+
+def save(name, data):
+    with open(os.path.join(HERE, name), "wb") as handle:
+        handle.write(data)
+
+
 def write_zip(name, parts):
     with zipfile.ZipFile(os.path.join(HERE, name), "w", zipfile.ZIP_DEFLATED) as package:
         for part_name, text in parts.items():
@@ -161,12 +171,9 @@ def write_xlsx_fixtures():
     write_zip("handmade.xlsx", HANDMADE)
     write_zip("relocated.xlsx", RELOCATED)
 
-    with open(os.path.join(HERE, "handmade.xlsx"), "rb") as handle:
-        whole = handle.read()
-    with open(os.path.join(HERE, "truncated.xlsx"), "wb") as handle:
-        handle.write(whole[: len(whole) // 2])
-    with open(os.path.join(HERE, "not_a_zip.xlsx"), "w") as handle:
-        handle.write("Name,Scene\nC001,12\n")
+    whole = load("handmade.xlsx")
+    save("truncated.xlsx", whole[: len(whole) // 2])
+    save("not_a_zip.xlsx", b"Name,Scene\nC001,12\n")
 
     write_zip("no_workbook.xlsx", {"[Content_Types].xml": CONTENT_TYPES})
     missing = simple_package(worksheet(""))
@@ -192,41 +199,29 @@ def write_xlsx_fixtures():
         worksheet("".join(f'<row r="{r}"><c r="A{r}" t="s"><v>0</v></c></row>'
                           for r in range(1, 6))),
         f'<sst xmlns="{MAIN_NS}"><si><t>{"A" * (60 << 20)}</t></si></sst>'))
-    write_damaged_member()
+    # handmade.xlsx with a wrong checksum for the worksheet: its data fails the CRC check.
+    with zipfile.ZipFile(os.path.join(HERE, "handmade.xlsx")) as package:
+        crc = package.getinfo("xl/worksheets/sheet3.xml").CRC
+    good, bad = crc.to_bytes(4, "little"), (crc ^ 0xFFFFFFFF).to_bytes(4, "little")
+    assert whole.count(good) == 2  # the local header and the central directory entry
+    save("damaged_data.xlsx", whole.replace(good, bad))
 
 
-def write_damaged_member():
-    """handmade.xlsx with a wrong checksum for the worksheet: its data fails the CRC check."""
-    source = os.path.join(HERE, "handmade.xlsx")
-    with zipfile.ZipFile(source) as package:
-        info = package.getinfo("xl/worksheets/sheet3.xml")
-    with open(source, "rb") as handle:
-        data = bytearray(handle.read())
-    good = info.CRC.to_bytes(4, "little")
-    bad = (info.CRC ^ 0xFFFFFFFF).to_bytes(4, "little")
-    assert data.count(good) == 2  # the local header and the central directory entry
-    data = data.replace(good, bad)
-    with open(os.path.join(HERE, "damaged_data.xlsx"), "wb") as handle:
-        handle.write(data)
+def xls_style(value):
+    """The style arguments of xlwt's write for a value: its format if it is a date or time."""
+    return [xlwt.easyxf(num_format_str=XLS_FORMATS[type(value)])] if type(value) in XLS_FORMATS else []
 
 
 def write_xls_fixtures():
-    date = xlwt.easyxf(num_format_str="YYYY-MM-DD")
-    time = xlwt.easyxf(num_format_str="hh:mm:ss")
-    stamp = xlwt.easyxf(num_format_str="YYYY-MM-DD hh:mm:ss")
     grey = xlwt.easyxf("pattern: pattern solid, fore_colour gray25")
 
     book = xlwt.Workbook(encoding="utf-8")
     log = book.add_sheet("Log")
     for column, header in enumerate(["Name", "Scene", "Take", "Date", "Time", "Stamp", "Note"]):
         log.write(0, column, header)
-    log.write(1, 0, "C001")
-    log.write(1, 1, 12)
-    log.write(1, 2, 3.25)
-    log.write(1, 3, datetime.date(2024, 3, 1), date)
-    log.write(1, 4, datetime.time(12, 30), time)
-    log.write(1, 5, datetime.datetime(2024, 3, 1, 12, 30, 15), stamp)
-    log.write(1, 6, "  spaced  ")
+    for column, value in enumerate(["C001", 12, 3.25, datetime.date(2024, 3, 1), datetime.time(12, 30),
+                                    datetime.datetime(2024, 3, 1, 12, 30, 15), "  spaced  "]):
+        log.write(1, column, value, *xls_style(value))
     for column in range(7):
         log.write(2, column, None, grey)  # a styled blank row
     log.write(3, 0, "Café – 東京")
@@ -240,33 +235,25 @@ def write_xls_fixtures():
     book.add_sheet("Data").write(0, 0, "not first")
     book.save(os.path.join(HERE, "empty_first.xls"))
 
-    with open(os.path.join(HERE, "cells.xls"), "rb") as handle:
-        whole = handle.read()
-    with open(os.path.join(HERE, "truncated.xls"), "wb") as handle:
-        handle.write(whole[:700])
+    whole = load("cells.xls")
+    save("truncated.xls", whole[:700])
     # The workbook globals' PASSWORD record (0x0013, 2 bytes) turned into a FILEPASS record
     # (0x002F): the mark of an encrypted workbook, with its size unchanged.
     password = whole.index(b"\x13\x00\x02\x00\x00\x00")
-    with open(os.path.join(HERE, "encrypted.xls"), "wb") as handle:
-        handle.write(whole[:password] + b"\x2f\x00" + whole[password + 2:])
+    save("encrypted.xls", whole[:password] + b"\x2f\x00" + whole[password + 2:])
     # The first sheet's FOOTER record (0x0015) claiming 65,535 bytes where it holds 5, more than
     # the rest of the workbook stream.
     footer = whole.index(b"\x15\x00\x05\x00", 0x600)
-    with open(os.path.join(HERE, "bad_record_length.xls"), "wb") as handle:
-        handle.write(whole[:footer + 2] + b"\xff\xff" + whole[footer + 4:])
+    save("bad_record_length.xls", whole[:footer + 2] + b"\xff\xff" + whole[footer + 4:])
     # A compound file header claiming 16,777,216 sectors of its master sector table: a reader that
     # sizes its tables from the header alone allocates gigabytes for this 5 KiB file.
     huge = bytearray(whole)
     huge[0x44:0x4C] = struct.pack("<II", 0, 1 << 24)
-    with open(os.path.join(HERE, "huge_sector_table.xls"), "wb") as handle:
-        handle.write(huge)
+    save("huge_sector_table.xls", huge)
     # One byte of the compound file's directory changed: the workbook stream's entry is damaged.
-    with open(os.path.join(HERE, "..", "..", "cli", "data", "inspect_gap_in_headers.xls"),
-              "rb") as handle:
-        gap = bytearray(handle.read())
+    gap = bytearray(load("..", "..", "cli", "data", "inspect_gap_in_headers.xls"))
     gap[5185] = 0xDE
-    with open(os.path.join(HERE, "damaged_directory.xls"), "wb") as handle:
-        handle.write(gap)
+    save("damaged_directory.xls", gap)
 
 
 # The same logical sheets, written as .xls and as .xlsx: every kind of cell, and a header row of
@@ -284,38 +271,23 @@ XLS_FORMATS = {datetime.date: "YYYY-MM-DD", datetime.datetime: "YYYY-MM-DD hh:mm
                datetime.time: "hh:mm:ss"}
 
 
-def write_typed_xls(name, rows):
-    book = xlwt.Workbook(encoding="utf-8")
-    sheet = book.add_sheet("Log")
-    for r, row in enumerate(rows):
-        for c, value in enumerate(row):
-            kind = type(value)
-            if kind in XLS_FORMATS:
-                sheet.write(r, c, value, xlwt.easyxf(num_format_str=XLS_FORMATS[kind]))
-            else:
-                sheet.write(r, c, value)
-    book.save(os.path.join(HERE, name))
-
-
-def write_typed_xlsx(name, rows):
-    book = xlsxwriter.Workbook(os.path.join(HERE, name))
-    book.set_properties({"created": datetime.datetime(2024, 1, 1)})
-    formats = {kind: book.add_format({"num_format": code}) for kind, code in XLS_FORMATS.items()}
-    sheet = book.add_worksheet("Log")
-    for r, row in enumerate(rows):
-        for c, value in enumerate(row):
-            kind = type(value)
-            if kind in formats:
-                sheet.write_datetime(r, c, value, formats[kind])
-            else:
-                sheet.write(r, c, value)
-    book.close()
-
-
 def write_typed_fixtures():
-    for extension, write in [("xls", write_typed_xls), ("xlsx", write_typed_xlsx)]:
-        write(f"typed_cells.{extension}", [TYPED_HEADERS, TYPED_ROW])
-        write(f"typed_headers.{extension}", [NOT_TEXT_HEADERS])
+    for name, rows in [("typed_cells", [TYPED_HEADERS, TYPED_ROW]),
+                       ("typed_headers", [NOT_TEXT_HEADERS])]:
+        xls = xlwt.Workbook(encoding="utf-8")
+        xlsx = xlsxwriter.Workbook(os.path.join(HERE, name + ".xlsx"))
+        xlsx.set_properties({"created": datetime.datetime(2024, 1, 1)})
+        formats = {kind: xlsx.add_format({"num_format": code}) for kind, code in XLS_FORMATS.items()}
+        xls_sheet, xlsx_sheet = xls.add_sheet("Log"), xlsx.add_worksheet("Log")
+        for r, row in enumerate(rows):
+            for c, value in enumerate(row):
+                xls_sheet.write(r, c, value, *xls_style(value))
+                if type(value) in formats:
+                    xlsx_sheet.write_datetime(r, c, value, formats[type(value)])
+                else:
+                    xlsx_sheet.write(r, c, value)
+        xls.save(os.path.join(HERE, name + ".xls"))
+        xlsx.close()
 
 
 def write_formula_fixture():
@@ -331,11 +303,9 @@ def write_formula_fixture():
     for column in range(1, 5):
         sheet.write(1, column, xlwt.Formula("1+1"))
     sheet.write(1, 5, 0.1234567891)
-    path = os.path.join(HERE, "formulas.xls")
-    book.save(path)
+    book.save(os.path.join(HERE, "formulas.xls"))
 
-    with open(path, "rb") as handle:
-        data = bytearray(handle.read())
+    data = bytearray(load("formulas.xls"))
     results = [struct.pack("<d", 40669.0), bytes.fromhex("010001000000ffff"),
                bytes.fromhex("020007000000ffff"), bytes.fromhex("030000000000ffff"),
                bytes.fromhex("000000000000ffff")]
@@ -347,16 +317,12 @@ def write_formula_fixture():
         data[found[0] + 10:found[0] + 18] = result
     number = data.index(b"\x03\x02\x0e\x00\x01\x00\x05\x00")
     data[number:number + 18] = b"\x07\x02\x0e\x00\x0b\x00\x00Cached text"
-    with open(path, "wb") as handle:
-        handle.write(data)
+    save("formulas.xls", data)
 
 
 def write_renamed_fixtures():
-    for source, target in [("cells.xls", "xls_renamed.xlsx"), ("handmade.xlsx", "xlsx_renamed.xls")]:
-        with open(os.path.join(HERE, source), "rb") as handle:
-            data = handle.read()
-        with open(os.path.join(HERE, target), "wb") as handle:
-            handle.write(data)
+    save("xls_renamed.xlsx", load("cells.xls"))
+    save("xlsx_renamed.xls", load("handmade.xlsx"))
 
 
 if __name__ == "__main__":
