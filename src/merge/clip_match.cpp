@@ -6,6 +6,7 @@
 #include "merge/aux_timecodes.hpp"
 #include "merge/logging_fields.hpp"
 #include "merge/markers.hpp"
+#include "merge/merge_document.hpp"
 #include "merge/merge_observer.hpp"
 #include "merge/resolve_clip_timing.hpp"
 #include "merge/subclips.hpp"
@@ -148,6 +149,12 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
 
 void visit_clip_items(const Document& document, MergeRun& run) {
   const std::vector<bool> taken = run.row_used;  // by master clips
+  // A bin whose master clips took every row that names anything has no item to look at.
+  bool rows_left = false;
+  for (std::size_t row = 0; row < taken.size() && !rows_left; ++row) {
+    rows_left = !taken[row] && !is_blank(run.rows[row]);
+  }
+  if (!rows_left) return;
   for (Element item : document.all("clipitem")) {
     if (!in_sequence(item)) continue;
     std::string name;
