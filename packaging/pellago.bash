@@ -18,8 +18,8 @@ _pellago() {
 
   if [[ $cur == -* ]]; then
     case $command in
-      merge) COMPREPLY=($(compgen -W '--quiet --strict --help' -- "$cur")) ;;
-      check) COMPREPLY=($(compgen -W '--json --changes --help' -- "$cur")) ;;
+      merge) COMPREPLY=($(compgen -W '--quiet --strict --classic --help' -- "$cur")) ;;
+      check) COMPREPLY=($(compgen -W '--json --changes --classic --help' -- "$cur")) ;;
       export) COMPREPLY=($(compgen -W '--force --help' -- "$cur")) ;;
       *) COMPREPLY=($(compgen -W '--help' -- "$cur")) ;;
     esac
