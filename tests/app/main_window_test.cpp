@@ -140,7 +140,6 @@ class MainWindowTest : public QObject {
                             "6 markers added); 1 sheet row matched no clip"));
 
     window.set_output(output);
-    window.open_file(kProject);  // checks again, while the merge runs
     QSignalSpy ended(&window, &MainWindow::merge_ended);
     QTest::mouseClick(child<QPushButton>(window, "merge"), Qt::LeftButton);
     QVERIFY(ended.wait(kWaitMs));

@@ -37,10 +37,8 @@ module ChildRuby
   # (maker folder already made, with a file in it) or :blocked (a plain file in its place).
   def home(library = :ready)
     home = File.join(@tmp, "home-#{library}")
-    FileUtils.mkdir_p(home)
-    FileUtils.mkdir_p(File.join(home, "Library")) unless library == :none
-    FileUtils.mkdir_p(File.join(home, "Library/Application Support")) if %i[ready existing blocked].include?(library)
-    FileUtils.mkdir_p(File.join(home, MAKER_FOLDER)) if library == :existing
+    FileUtils.mkdir_p(File.join(home, { none: "", bare: "Library", existing: MAKER_FOLDER }.fetch(
+      library, "Library/Application Support")))
     File.write(File.join(home, MAKER_FOLDER, "keep.txt"), "kept") if library == :existing
     File.write(File.join(home, MAKER_FOLDER), "in the way") if library == :blocked
     home
@@ -192,10 +190,6 @@ class ModuleMethodsTest < Minitest::Test
     assert_equal %w[TypeError TypeError], [results[12][0], results[13][0]]
     assert_equal %w[FloatDomainError NaN], results[14]
   end
-end
-
-class ModuleMergeTest < Minitest::Test
-  include ChildRuby
 
   def progress_log(clips)
     [[:indicator, :setIndeterminate, false], [:indicator, :setDoubleValue, 0],
