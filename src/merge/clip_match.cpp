@@ -70,12 +70,7 @@ bool in_sequence(Element element) {
 // The name of the file a clip item shows, without its extension ("A001_C002" for
 // "A001_C002.mov"), looking through a file reference; empty when it has none.
 std::string file_stem(Element item, const DescribedFiles* files) {
-  Element file = item.first("file");
-  if (file && !file.holds_elements() && files) {
-    const std::optional<std::string> id = file.attribute("id");
-    const auto found = id ? files->find(*id) : files->end();
-    if (found != files->end()) file = found->second;
-  }
+  const Element file = described_file(item, files);
   const Element name = file ? file.first("name") : Element();
   if (!name) return {};
   std::string stem = name.text();

@@ -33,24 +33,13 @@ std::string upper_ascii(std::string text) {
   return text;
 }
 
-// The file described elsewhere that the clip's first <file> refers to; none when that file is
-// described in place, or refers to nothing described.
-Element referred_file(Element clip, const DescribedFiles& files) {
-  const Element file = clip.first("file");
-  if (!file || file.holds_elements()) return {};
-  const std::optional<std::string> id = file.attribute("id");
-  if (!id) return {};
-  const auto found = files.find(*id);
-  return found == files.end() ? Element() : found->second;
-}
-
 // Fills the timing elements the clip lacks from the file it refers to.
 void fill_from_referred_file(Element clip, const DescribedFiles& files,
                              std::vector<Element>& found) {
   if (std::ranges::all_of(found, [](Element element) { return static_cast<bool>(element); })) {
     return;
   }
-  const Element file = referred_file(clip, files);
+  const Element file = described_file(clip, &files);
   if (!file) return;
   const std::vector<Element> described = file.first_of(kTimingElements);
   for (std::size_t i = 0; i < found.size(); ++i) {
@@ -59,6 +48,14 @@ void fill_from_referred_file(Element clip, const DescribedFiles& files,
 }
 
 }  // namespace
+
+Element described_file(Element clip, const DescribedFiles* files) {
+  const Element file = clip.first("file");
+  if (!file || file.holds_elements() || !files) return file;
+  const std::optional<std::string> id = file.attribute("id");
+  const auto found = id ? files->find(*id) : files->end();
+  return found == files->end() ? file : found->second;
+}
 
 DescribedFiles described_files(const Document& document) {
   DescribedFiles files;

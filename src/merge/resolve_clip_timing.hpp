@@ -16,6 +16,10 @@ using DescribedFiles = std::unordered_map<std::string, Element>;
 
 DescribedFiles described_files(const Document& document);
 
+// The clip's first <file>, or, when that is a reference, the <file> in `files` that describes
+// it (the reference itself when none does); none when the clip has no file.
+Element described_file(Element clip, const DescribedFiles* files);
+
 // The timing of a target clip, read from its first rate/timebase, rate/ntsc, displayformat and
 // frame elements (first in document order at any depth below the clip). Under the rules that
 // follow file references, what the clip lacks comes from the file its first <file> refers to
