@@ -89,8 +89,9 @@ void ChangeRecord::record(Change change) { changes_.push_back(std::move(change))
 // The copies appended for a clip's further rows, once complete: each with its own row.
 void ChangeRecord::record_copies(const ClipMatch& match) {
   if (copies_.empty()) return;
-  for (std::size_t j = 1; j < match.clips.size(); ++j) {
-    const Element copy = match.clips[j];
+  for (std::size_t j = 0; j < match.rows.size(); ++j) {
+    if (match.copy_numbers[j] == 0) continue;
+    const Element copy = match.target(j);
     if (std::find(copies_.begin(), copies_.end(), copy.node()) == copies_.end()) continue;
     record({.kind = ChangeKind::subclip_made,
             .row = sheet_row(match.rows[j]),

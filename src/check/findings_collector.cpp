@@ -288,16 +288,22 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
     for (std::size_t row : match.rows) report_.sheet->rows[row].clips.push_back(clip);
   }
   for (std::size_t j = 1; j < match.rows.size(); ++j) {
+    const std::size_t copy = match.copy_numbers[j];
     add({.kind = FindingKind::repeated_name,
          .severity = Severity::note,
          .row = sheet_row(match.rows[j]),
          .column = column(kNameHeader),
          .clip = clip,
-         .message = fmt::format(
-             "row {} repeats the Name of row {}: the merge makes it a subclip, cut from a "
-             "copy of the clip (id \"{}\")",
-             sheet_row(match.rows[j]), sheet_row(match.rows[0]),
-             copy_id(match.id.value_or(""), j))});
+         .message =
+             copy != 0
+                 ? fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, "
+                               "cut from a copy of the clip (id \"{}\")",
+                               sheet_row(match.rows[j]), sheet_row(match.rows[0]),
+                               copy_id(match, copy))
+                 : fmt::format("row {} repeats the Name of row {} without both In and Out, so it "
+                               "logs the clip itself too: where both rows fill a column, the "
+                               "later row's value stands",
+                               sheet_row(match.rows[j]), sheet_row(match.rows[0]))});
   }
   if (!match.beyond_position_limit) return;
   const std::size_t rows = rows_->size();
@@ -353,7 +359,7 @@ void FindingsCollector::row_placed(const ClipMatch& match, std::size_t j, const 
   check_cells((*rows_)[position], sheet_row(position), clip);
   check_number_cells(sheet_row(position), clip);
   check_single_row(match, j, timing);
-  check_words(match, j, timing);
+  check_words(match, j, timing, placement);
   check_timecodes(match, j, timing, clip_duration, placement);
 }
 
@@ -402,15 +408,13 @@ void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
 }
 
 // Words the merge compares exactly, in the target clip, written in another letter case.
-void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
-                                    const ClipTiming& timing) {
+void FindingsCollector::check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                                    const RowPlacement& placement) {
   const LogRow& row = (*rows_)[match.rows[j]];
   const int at = sheet_row(match.rows[j]);
   const ClipRef clip{match.name, match.id};
-  const std::string* in = row.field(kInHeader);
-  const std::string* out = row.field(kOutHeader);
   std::optional<Column> converting;  // the first column whose timecodes use the clip's rate
-  if (match.several && in && out && !in->empty() && !out->empty()) {
+  if (match.makes_subclip(j) && cuts_subclip(row)) {
     converting = column(kInHeader);
   } else if (!row.markers.empty()) {
     converting = column_at(row.markers.front().timecode_column);
@@ -441,9 +445,9 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
                          timing.display_format),
          .suggestion = "write DF in the clip's <displayformat>"});
   }
-  const Element file_format = match.clips[j].first("file/timecode/displayformat");
-  if (!file_format || counts_drop_frames(file_format.text()) ||
-      !counts_drop_frames(upper_ascii(file_format.text()))) {
+  const std::optional<std::string>& file_format = placement.aux.display_format;
+  if (!file_format || counts_drop_frames(*file_format) ||
+      !counts_drop_frames(upper_ascii(*file_format))) {
     return;
   }
   for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
@@ -458,7 +462,7 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j,
          .message = fmt::format(
              "the clip's file timecode displayformat reads \"{}\", and only DF, exactly, "
              "counts drop frames: the {} is counted without them",
-             file_format.text(), header),
+             *file_format, header),
          .suggestion = "write DF in the <displayformat> of the clip's file timecode"});
     return;
   }
@@ -641,7 +645,7 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
          .suggestion = "merge into the export the earlier merge started from, or take the marker "
                        "out of the row"});
   }
-  if (!match.clips[j].first("file/timecode/displayformat")) return;
+  if (!placement.aux.display_format) return;
   for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
     const std::string_view header = aux.header;
     const std::string* value = row.field(header);

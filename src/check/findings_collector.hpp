@@ -57,7 +57,8 @@ struct FindingsCollector final : MergeObserver {
   };
   void check_number_cells(int at, const ClipRef& clip);
   void check_single_row(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
-  void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
+  void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
+                   const RowPlacement& placement);
   void check_timecodes(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                        std::int64_t clip_duration, const RowPlacement& placement);
   // Reports what looks wrong with a timecode text that the merge places at `frame` of the clip;

@@ -114,8 +114,8 @@ std::string cut_clips_text(const std::vector<CutClip>& cut_clips) {
   }
   std::string text;
   for (const CutClip& cut : cut_clips) {
-    text += fmt::format("; {} became {}: \"{}\"", cut.name, counted(cut.subclips.size(), "subclip"),
-                        fmt::join(cut.subclips, "\", \""));
+    text += fmt::format("; {} {} {}: \"{}\"", cut.name, cut.kept_whole ? "gave" : "became",
+                        counted(cut.subclips.size(), "subclip"), fmt::join(cut.subclips, "\", \""));
   }
   return text;
 }

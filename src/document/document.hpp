@@ -87,6 +87,9 @@ class Element {
   Element insert_before(Element node) const;
   Element insert_after(Element node) const;
   Element append_child(Element node) const;
+  // As insert_after, on a line of its own: the blanks and line break before this element, when
+  // only they stand there, go before the node too.
+  Element insert_after_on_own_line(Element node) const;
 
   // Building: a new unattached element of this element's document (no namespace or attributes)
   // holding `text` as its one text node (no children for the empty text); the same appended as
@@ -98,6 +101,9 @@ class Element {
 
   // Detaches the element with its subtree; it stays a valid, unattached element of its document.
   void remove() const;
+  // As remove, with the blanks and line break before the element when only they stand there, so
+  // that no empty line is left.
+  void remove_line() const;
   // A deep copy (attributes and descendants), unattached, in the same document.
   Element copy() const;
 

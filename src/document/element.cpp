@@ -106,6 +106,13 @@ Element linked(xmlNodePtr node) {
   return Element(node);
 }
 
+// The text node before `node` when it holds only blanks and at least one line break.
+xmlNodePtr line_start_before(xmlNodePtr node) {
+  const xmlNodePtr before = node->prev;
+  if (!before || !xmlNodeIsText(before) || !xmlIsBlankNode(before)) return nullptr;
+  return xmlStrchr(before->content, '\n') ? before : nullptr;
+}
+
 }  // namespace
 
 std::string Element::name() const {
@@ -279,6 +286,15 @@ Element Element::insert_after(Element node) const {
   return linked(link(taken, parent, node_, node_->next));
 }
 
+Element Element::insert_after_on_own_line(Element node) const {
+  if (const xmlNodePtr before = line_start_before(require(node_, "insert after an element"))) {
+    const std::string indent = text_of(before->content);
+    link(new_text(node_->doc, indent), require_parent(node_), node_, node_->next);
+    return Element(node_->next).insert_after(node);
+  }
+  return insert_after(node);
+}
+
 Element Element::append_child(Element node) const {
   require(node_, "append to an element");
   if (node_->type != XML_ELEMENT_NODE) {
@@ -310,6 +326,14 @@ void Element::remove() const {
   if (EditObserver* observer = observer_of_tree(node_)) observer->removing(*this);
   xmlUnlinkNode(node_);
   track_unattached(node_);
+}
+
+void Element::remove_line() const {
+  if (const xmlNodePtr before = line_start_before(require(node_, "remove an element"))) {
+    xmlUnlinkNode(before);
+    xmlFreeNode(before);
+  }
+  remove();
 }
 
 Element Element::copy() const {

@@ -48,10 +48,12 @@ struct Host {
 
 enum class Outcome { merged, not_a_log_sheet, cancelled };
 
-// A clip that several sheet rows named, and the subclips it became: one per row.
+// A clip that several sheet rows named, and the subclips cut from it.
 struct CutClip {
   std::string name{};                   // the clip's name as the document had it
-  std::vector<std::string> subclips{};  // the names of its target clips after the merge, row order
+  std::vector<std::string> subclips{};  // the names of the subclips after the merge, row order
+  // The clip stayed whole, with its subclips beside it; otherwise it became the first of them.
+  bool kept_whole = false;
   friend bool operator==(const CutClip&, const CutClip&) = default;
 };
 

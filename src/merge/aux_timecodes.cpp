@@ -19,20 +19,20 @@ namespace {
 
 constexpr auto kAuxColumns = columns_of<ColumnRole::aux_timecode>();
 
-// Looked up in one walk of the clip: the file's display format, each aux column's timecode (in
-// table order) and the file that takes the new ones.
-constexpr std::size_t kDisplayFormat = 0;
-constexpr std::size_t kFirstAux = 1;
-constexpr std::size_t kFile = kFirstAux + kAuxColumns.size();
+// Looked up in one walk of the scope: each aux column's timecode (in table order) and the file
+// that takes the new ones.
+constexpr std::size_t kFile = kAuxColumns.size();
 constexpr std::array<Selector, kFile + 1> kAuxElements = [] {
   std::array<Selector, kFile + 1> elements{};
-  elements[kDisplayFormat] = name_chain("file/timecode/displayformat");
   for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
-    elements[kFirstAux + i] = *parse_selector(kAuxColumns[i].element);
+    elements[i] = *parse_selector(kAuxColumns[i].element);
   }
   elements[kFile] = name_chain("file");
   return elements;
 }();
+
+constexpr Selector kClipFileFormat = name_chain("file/timecode/displayformat");
+constexpr Selector kFileFormat = name_chain("timecode/displayformat");
 
 // <timecode> <frame>F</frame> <displayformat>D</displayformat> <source>S</source> </timecode>,
 // the display format as it stands in the file's own timecode.
@@ -52,31 +52,58 @@ bool holds_value(const LogRow& row, const SheetColumn& aux) {
   return value != nullptr && !value->empty();
 }
 
+// The scope's aux timecodes and the file that takes new ones; the file is the scope itself when
+// that is a file.
+std::vector<Element> aux_elements(Element scope) {
+  std::vector<Element> found = scope.first_of(kAuxElements);
+  if (scope.name() == "file") found[kFile] = scope;
+  return found;
+}
+
 }  // namespace
 
-void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing) {
-  // A row without values only reads the display format, so the walk can stop there.
-  const bool any_value = std::ranges::any_of(
-      kAuxColumns, [&row](const SheetColumn& aux) { return holds_value(row, aux); });
-  std::vector<Element> found =
-      clip.first_of(std::span(kAuxElements).first(any_value ? kAuxElements.size() : 1));
-  if (!found[kDisplayFormat]) return;
-  const std::string display_format = found[kDisplayFormat].text();
+AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules,
+                   const DescribedFiles* files) {
+  if (!rules.follow_file_references) {
+    const Element format = clip.first(kClipFileFormat);
+    return {clip, format ? std::optional(format.text()) : std::nullopt};
+  }
+  const Element file = described_file(clip, files);
+  // A reference to a file described nowhere has nothing to hold them.
+  if (file && !file.holds_elements()) return {clip, std::nullopt};
+  const Element format = file ? file.first(kFileFormat) : Element();
+  AuxPlace place{file ? file : clip, std::nullopt};
+  if (format) {
+    place.display_format = format.text();
+  } else if (rules.create_missing_elements) {
+    place.display_format = timing.display_format.empty() ? "NDF" : timing.display_format;
+  }
+  return place;
+}
+
+void apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTiming& timing) {
+  if (!place.display_format) return;
+  const std::string& display_format = *place.display_format;
+  if (std::ranges::none_of(kAuxColumns,
+                           [&row](const SheetColumn& aux) { return holds_value(row, aux); })) {
+    return;
+  }
+  std::vector<Element> found = aux_elements(place.scope);
   for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
     const SheetColumn& aux = kAuxColumns[i];
     if (!holds_value(row, aux)) continue;
-    if (Element replaced = found[kFirstAux + i]) {
+    if (Element replaced = found[i]) {
       replaced.remove();
       // What the removed timecode held is gone: look again. The timecode added below matches
       // neither the other source nor "file", so it needs no new look.
-      found = clip.first_of(kAuxElements);
+      found = aux_elements(place.scope);
     }
     const std::int64_t frames =
         to_frames(*row.field(aux.header), static_cast<double>(timing.timebase), display_format);
     const Element file = require_found(found[kFile], kAuxElements[kFile].text,
                                        fmt::format(" to hold \"{}\"", aux.header));
     const Element timecode = file.create_element("timecode");
-    build_aux_timecode(timecode, frames, display_format, kAuxElements[kFirstAux + i].value);
+    build_aux_timecode(timecode, frames, display_format, kAuxElements[i].value);
     file.append_child(timecode);
   }
 }

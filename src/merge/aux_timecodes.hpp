@@ -1,16 +1,32 @@
 #pragma once
 
-#include <string_view>
-#include <vector>
+#include <optional>
+#include <string>
 
 #include "document/document.hpp"
+#include "merge/resolve_clip_timing.hpp"
+#include "merge/rules.hpp"
 #include "sheet/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
 
 namespace pellago {
 
-// Replaces the clip's auxiliary timecodes with the row's values in the aux timecode columns
-// ("Aux TC 1" for source aux1, ...), appending the new ones to the clip's first file element.
-void apply_aux_timecodes(Element clip, const LogRow& row, const ClipTiming& timing);
+// Where a clip's auxiliary timecodes stand, found before any is written.
+struct AuxPlace {
+  // What holds them: the clip, or under rules.follow_file_references the file it shows.
+  Element scope;
+  // The display format they are counted in: the file's own timecode's, or under
+  // rules.create_missing_elements the clip's when the file has none. Without one, the aux columns
+  // write nothing.
+  std::optional<std::string> display_format;
+};
+
+AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules = classic_rules(),
+                   const DescribedFiles* files = nullptr);
+
+// Replaces the auxiliary timecodes at `place` with the row's values in the aux timecode columns
+// ("Aux TC 1" for source aux1, ...), appending the new ones to its first file element (the file
+// itself when that is the scope).
+void apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTiming& timing);
 
 }  // namespace pellago

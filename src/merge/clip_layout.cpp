@@ -30,6 +30,13 @@ void insert_in_order(Element parent, std::span<const std::string_view> order, El
 
 }  // namespace
 
+Element add_child_in_order(Element parent, std::span<const std::string_view> order,
+                           std::string_view name, std::string_view text) {
+  const Element added = parent.create_element(name, text);
+  insert_in_order(parent, order, added);
+  return added;
+}
+
 Element add_in_place(Element clip, const Selector& chain, std::string_view text) {
   const std::size_t last = chain.name_count - 1;
   Element parent = clip;

@@ -28,6 +28,10 @@ inline constexpr std::array<std::string_view, 6> kCommentsChildren{
     "mastercomment1", "mastercomment2", "mastercomment3",
     "mastercomment4", "clipcommenta",   "clipcommentb"};
 
+// The first children of a clip item, as Final Cut Pro 7 writes them; the ones a subclip sets.
+inline constexpr std::array<std::string_view, 7> kClipItemChildren{"name", "duration", "rate", "in",
+                                                                   "out",  "start",    "end"};
+
 inline constexpr std::array<ChildOrder, 4> kClipLayout{{
     {"", kClipChildren},
     {"logginginfo", kLogginginfoChildren},
@@ -64,5 +68,10 @@ constexpr bool has_place(std::string_view chain) {
 // the last of the siblings that come before it in kClipLayout's order that the parent holds, or
 // first in the parent when it holds none of them. The chain must have a place (has_place).
 Element add_in_place(Element clip, const Selector& chain, std::string_view text);
+
+// Adds a `name` element holding `text` to `parent`, whose children come in `order`: after the last
+// of those before it that `parent` holds, or first. Returns it.
+Element add_child_in_order(Element parent, std::span<const std::string_view> order,
+                           std::string_view name, std::string_view text);
 
 }  // namespace pellago

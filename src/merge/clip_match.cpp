@@ -20,33 +20,42 @@ const FrameRates& frame_rates(const Host& host) {
   return host.frame_rates ? host.frame_rates() : FRAME_RATES;
 }
 
-// The row at row position j of the clip, applied to its target clip (match.clips[j]).
+void make_copies(ClipMatch& match, MergeRun& run) {
+  make_subclip_copies(match, run.host.rules);
+  run.report.subclips_made += match.copy_count();
+}
+
+// The row at row position j of the clip, applied to its target clip.
 void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
-  const Element target = match.clips[j];
+  const Rules& rules = run.host.rules;
+  // Copies are taken from the clip as the document has it, or, under the classic rules, once the
+  // first row has cleared its In and Out.
+  const bool copies_due = match.several && j == 0;
+  if (copies_due && match.kept_whole) make_copies(match, run);
   if (run.observer) run.observer->row_started(match, j);
-  if (!match.clip_item) clear_empty_in_out(row, target, run.host.rules);
-  if (match.several && j == 0) {
-    make_subclip_copies(match);
-    run.report.subclips_made += match.clips.size() - 1;
-  }
+  if (!match.clip_item) clear_empty_in_out(row, match.target(j), rules);
+  if (copies_due && !match.kept_whole) make_copies(match, run);
   if (match.beyond_position_limit) return;
 
-  const ClipTiming timing =
-      resolve_clip_timing(target, frame_rates(run.host), run.host.rules, run.files);
+  const Element target = match.target(j);
+  const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host), rules, run.files);
   const std::int64_t clip_duration = read_clip_duration(target);
-  const RowPlacement placement = place_row(row, target, timing, match.several, match.clip_item);
+  RowPlacement placement = place_row(row, target, timing, match.makes_subclip(j), match.clip_item);
+  placement.aux = place_aux(target, timing, rules, run.files);
   if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);
-  if (match.several) apply_subclip(row, target, placement, timing, clip_duration);
-  apply_logging_fields(target, row, run.document, run.host.rules);
+  if (match.makes_subclip(j)) apply_subclip(row, target, placement, timing, clip_duration, rules);
+  apply_logging_fields(target, row, run.document, rules);
   apply_markers(row, placement, timing);
   run.report.markers_added += row.markers.size();
-  apply_aux_timecodes(target, row, timing);
+  apply_aux_timecodes(placement.aux, row, timing);
 }
 
 CutClip cut_clip_of(const ClipMatch& match) {
-  CutClip cut{.name = match.name};
-  for (Element target : match.clips) cut.subclips.push_back(target.first("name").text());
+  CutClip cut{.name = match.name, .kept_whole = match.kept_whole};
+  for (std::size_t j = 0; j < match.rows.size(); ++j) {
+    if (match.makes_subclip(j)) cut.subclips.push_back(match.target(j).first("name").text());
+  }
   return cut;
 }
 
@@ -107,7 +116,8 @@ RowsByName index_rows_by_name(const std::vector<LogRow>& rows) {
   return index;
 }
 
-std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index) {
+std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index,
+                                    const std::vector<LogRow>& rows, const Rules& rules) {
   ClipMatch match;
   match.clip = clip;
   match.id = clip.attribute("id");
@@ -116,13 +126,20 @@ std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index) {
   match.name = name.text();
   if (auto found = index.find(match.name); found != index.end()) match.rows = found->second;
   match.several = match.rows.size() > 1;
+  match.kept_whole = rules.subclips_beside_master_clip;
   match.clips = {clip};
+  std::size_t copies = 0;
+  for (std::size_t j = 0; j < match.rows.size(); ++j) {
+    const bool copied =
+        match.kept_whole ? match.several && cuts_subclip(rows[match.rows[j]]) : j > 0;
+    match.copy_numbers.push_back(copied ? ++copies : 0);
+  }
   return match;
 }
 
 void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   ++run.report.clips_visited;
-  std::optional<ClipMatch> match = match_clip(clip, run.index);
+  std::optional<ClipMatch> match = match_clip(clip, run.index, run.rows, run.host.rules);
   if (match) {
     match->beyond_position_limit = run.host.rules.position_limit && position >= run.rows.size();
   }
@@ -139,7 +156,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
       throw in_row(error, *match, row);
     }
   }
-  if (match->several) run.report.cut_clips.push_back(cut_clip_of(*match));
+  if (match->copy_count() > 0) run.report.cut_clips.push_back(cut_clip_of(*match));
 }
 
 void visit_clip_items(const Document& document, MergeRun& run) {
@@ -162,7 +179,8 @@ void visit_clip_items(const Document& document, MergeRun& run) {
                       .name = name,
                       .rows = {row},
                       .clip_item = true,
-                      .clips = {item}};
+                      .clips = {item},
+                      .copy_numbers = {0}};
       if (run.observer) run.observer->clip_item_matched(match);
       run.row_used[row] = true;
       try {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -9,6 +10,7 @@
 #include "document/document.hpp"
 #include "merge/add_log_notes.hpp"
 #include "merge/resolve_clip_timing.hpp"
+#include "merge/rules.hpp"
 #include "sheet/log_sheet.hpp"
 
 namespace pellago {
@@ -32,12 +34,31 @@ struct ClipMatch {
   // A clip item of a sequence, logged because no master clip has the row's Name: it takes the
   // row's logging fields and markers only.
   bool clip_item = false;
-  // The target clips: the clip for the first row, then one copy per further row.
+  // The clip and the copies made of it for rows that cut subclips: clips[k] is copy number k.
   std::vector<Element> clips;
+  // copy_numbers[j]: the copy row position j is applied to (0 for the clip itself). Every row
+  // after the first has a copy of its own, or, under Rules::subclips_beside_master_clip, every
+  // row that cuts a subclip does.
+  std::vector<std::size_t> copy_numbers;
+  // The clip stays whole, its subclips beside it (Rules::subclips_beside_master_clip).
+  bool kept_whole = false;
+
+  // The clip row position j is applied to.
+  Element target(std::size_t j) const { return clips[copy_numbers[j]]; }
+  // Whether row position j turns its target clip into a subclip.
+  bool makes_subclip(std::size_t j) const {
+    return several && (!kept_whole || copy_numbers[j] != 0);
+  }
+  // How many copies the rows need.
+  std::size_t copy_count() const {
+    return copy_numbers.empty() ? 0 : std::ranges::max(copy_numbers);
+  }
 };
 
-// The clip's id, name text and matching rows; none when the clip has no name element.
-std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index);
+// The clip's id, name text and matching rows, and which copy each row is applied to; none when
+// the clip has no name element.
+std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index,
+                                    const std::vector<LogRow>& rows, const Rules& rules);
 
 struct MergeObserver;
 

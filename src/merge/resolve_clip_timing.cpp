@@ -8,6 +8,7 @@
 
 #include "error.hpp"
 #include "timecode/read_integer.hpp"
+#include "timecode/to_frames.hpp"
 
 namespace pellago {
 
@@ -47,6 +48,28 @@ void fill_from_referred_file(Element clip, const DescribedFiles& files,
   }
 }
 
+// The file's own timecode: its first <timecode> whose <source> names no aux timecode.
+Element source_timecode(Element file) {
+  for (Element timecode : file.all("./timecode")) {
+    const Element source = timecode.first_xpath("./source");
+    if (!source || !source.text().starts_with("aux")) return timecode;
+  }
+  return Element();
+}
+
+// The frame the clip's media starts at, from the file's own timecode; 0 without one.
+std::int64_t source_start_frame(Element clip, const DescribedFiles* files,
+                                const ClipTiming& timing) {
+  const Element file = described_file(clip, files);
+  const Element timecode = file ? source_timecode(file) : Element();
+  if (!timecode) return 0;
+  if (const Element frame = timecode.first_xpath("./frame")) return read_integer(frame.text());
+  const Element string = timecode.first_xpath("./string");
+  if (!string) return 0;
+  const double rate = timing.rate ? timing.rate->fcp_rate : static_cast<double>(timing.timebase);
+  return to_frames(string.text(), rate, timing.display_format);
+}
+
 }  // namespace
 
 Element described_file(Element clip, const DescribedFiles* files) {
@@ -80,7 +103,11 @@ ClipTiming resolve_clip_timing(Element clip, const FrameRates& rates, const Rule
   if (found[2]) timing.display_format = found[2].text();
   timing.rate = find_frame_rate(
       rates, timing.timebase, rules.any_case_truth_words ? upper_ascii(timing.ntsc) : timing.ntsc);
-  if (found[3]) timing.start_frame = read_integer(found[3].text());
+  if (rules.start_at_source_timecode) {
+    timing.start_frame = source_start_frame(clip, files, timing);
+  } else if (found[3]) {
+    timing.start_frame = read_integer(found[3].text());
+  }
   return timing;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "document/document.hpp"
+#include "merge/aux_timecodes.hpp"
 #include "sheet/log_sheet.hpp"
 #include "timecode/clip_timing.hpp"
 
@@ -28,20 +29,22 @@ struct FrameSpan {
 // Where a row's timecodes land in its target clip, worked out once before the steps write them:
 // the steps write these frames and this placement, and the merge's observer is told the same.
 struct RowPlacement {
-  // The row's subclip when it cuts one (several rows name the clip, In and Out both hold text).
+  // The row's subclip when it cuts one (it makes a subclip, and In and Out both hold text).
   std::optional<FrameSpan> subclip;
   // The frame of each of the row's markers, in the row's order; when it has markers.
   std::optional<std::vector<std::int64_t>> marker_frames;
   // The element the row's markers go right after: a clip's first <media>, a clip item's <file>.
   Element markers_after;
   std::string_view markers_after_name;
+  // Where the row's aux timecodes go.
+  AuxPlace aux;
 };
 
 // The placement of the row in its target clip (a master clip or its copy, or a clip item of a
 // sequence). Frames need the clip's rate entry: without one they are left out, and the step that
 // needs them fails through `planned`.
-RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing, bool several,
-                       bool clip_item = false);
+RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing,
+                       bool makes_subclip, bool clip_item = false);
 
 // The planned value, or, when the clip's missing rate entry kept it from being planned, the error
 // that says so.

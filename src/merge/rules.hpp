@@ -17,6 +17,10 @@ struct Rules {
   // A clip whose file is a reference (<file id="F"/>, described in full elsewhere) takes the rate,
   // display format and start frame it lacks from the <file id="F"> that describes it.
   bool follow_file_references = false;
+  // A clip's media starts at its file's own timecode (the file's first <timecode> that is not an
+  // aux one): at its <frame>, or, when it has none, at its <string> counted at the clip's rate.
+  // Otherwise the first <frame> anywhere in the clip is the start, even an aux timecode's.
+  bool start_at_source_timecode = false;
   // TRUE and FALSE are read in any letter case where the document holds them (<ntsc>).
   bool any_case_truth_words = false;
   // A clip without a <rate><ntsc> has an NTSC flag of FALSE, as the applications mean by leaving
@@ -25,8 +29,16 @@ struct Rules {
   // A clip without the element a logging column writes, or without the <in> or <out> an empty In
   // or Out cell clears, gets one where Final Cut Pro 7 writes it (with the <logginginfo>,
   // <labels> or <comments> that holds it), instead of the cell being dropped or the merge
-  // failing.
+  // failing. So do a subclip and its track clip items, for what the subclip sets; a clip without
+  // a <uuid> or an id is copied all the same (its name stands in for the id), and an aux
+  // timecode is counted in the clip's display format when its file's timecode has none.
   bool create_missing_elements = false;
+  // Of the rows that name one clip, those that cut a subclip (In and Out both hold timecodes) each
+  // get a copy of the clip, inserted after it; the others log the clip itself, which otherwise
+  // keeps its name, duration, in, out, links and clip items. A subclip without a Subclip Name
+  // keeps the clip's name, its clip items too. Without this switch the first row cuts the clip
+  // itself and every further row cuts a copy appended to the clip's parent.
+  bool subclips_beside_master_clip = false;
 };
 
 // The rules the merge has always followed: for the Ruby module and --classic.
@@ -38,9 +50,11 @@ constexpr Rules default_rules() {
   return Rules{.log_clip_items = true,
                .position_limit = false,
                .follow_file_references = true,
+               .start_at_source_timecode = true,
                .any_case_truth_words = true,
                .missing_ntsc_is_false = true,
-               .create_missing_elements = true};
+               .create_missing_elements = true,
+               .subclips_beside_master_clip = true};
 }
 
 // The classic rules when asked for, the default ones otherwise.

@@ -28,37 +28,72 @@ bool holds_text(const std::string* value) { return value && !value->empty(); }
 
 constexpr Selector kIn = name_chain("in");
 constexpr Selector kOut = name_chain("out");
-static_assert(has_place(kIn.text) && has_place(kOut.text));
+constexpr Selector kMasterClipId = name_chain("masterclipid");
+static_assert(has_place(kIn.text) && has_place(kOut.text) && has_place(kMasterClipId.text));
+
+// The first `selector` below `scope`. Without one, throws as `required` does, unless the rules
+// create missing elements: then it is none, and the caller adds or skips it.
+Element found_or_required(Element scope, std::string_view selector, std::string_view purpose,
+                          const Rules& rules) {
+  const Element found = scope.first(selector);
+  if (found || rules.create_missing_elements) return found;
+  return require_found(found, selector, purpose);
+}
+
+// Sets the clip's first in (out) to -1, adding one when it has none and the rules allow.
+void clear_point(Element clip, const Selector& point, std::string_view purpose,
+                 const Rules& rules) {
+  if (Element found = found_or_required(clip, point.text, purpose, rules)) {
+    found.set_text("-1");
+  } else {
+    add_in_place(clip, point, "-1");
+  }
+}
 
 void clear_point_if_empty(const LogRow& row, Element clip, std::string_view column,
                           const Selector& point, const Rules& rules) {
   if (!is_empty_cell(row.field(column))) return;
-  const Element found = clip.first(point);
-  if (!found && rules.create_missing_elements) {
-    add_in_place(clip, point, "-1");
-  } else {
-    require_found(found, point.text, fmt::format(" to clear for the empty \"{}\" cell", column))
-        .set_text("-1");
-  }
+  clear_point(clip, point, fmt::format(" to clear for the empty \"{}\" cell", column), rules);
   set_if_present(clip, fmt::format("media/audio/{}", point.text), "-1");
 }
 
-std::string copy_clip_item_id(const std::string& clip_id, std::size_t copy, std::size_t item) {
-  return fmt::format("{} clipitem0{}{}", clip_id, copy, item);
+std::string copy_clip_item_id(const std::string& base, std::size_t copy, std::size_t item) {
+  return fmt::format("{} clipitem0{}{}", base, copy, item);
 }
 
-Element append_renamed_copy(const ClipMatch& match, Element parent, std::size_t copy_number) {
-  Element copy = parent.append_child(match.clip.copy());
-  required(copy, "uuid", " to leave out of its copies").remove();
-  const std::string id = copy_id(*match.id, copy_number);
+// Copies beside the clip are for reading too: what is taken out leaves no empty line.
+void remove_element(Element element, const Rules& rules) {
+  if (rules.subclips_beside_master_clip) {
+    element.remove_line();
+  } else {
+    element.remove();
+  }
+}
+
+void remove_links(Element clip, const Rules& rules) {
+  for (Element link : clip.all("link")) remove_element(link, rules);
+}
+
+// Gives a fresh copy of the matched clip its own ids, with no uuid.
+void rename_copy(const ClipMatch& match, Element copy, std::size_t copy_number,
+                 const Rules& rules) {
+  if (Element uuid = found_or_required(copy, "uuid", " to leave out of its copies", rules)) {
+    remove_element(uuid, rules);
+  }
+  const std::string id = copy_id(match, copy_number);
   copy.set_attribute("id", id);
-  required(copy, "masterclipid", " to point its copies at themselves").set_text(id);
+  if (Element master = found_or_required(copy, kMasterClipId.text,
+                                         " to point its copies at themselves", rules)) {
+    master.set_text(id);
+  } else {
+    add_in_place(copy, kMasterClipId, id);
+  }
+  const std::string base = match.id.value_or(match.name);
   std::size_t item_number = 0;
   for (Element item : copy.all("clipitem")) {
-    item.set_attribute("id", copy_clip_item_id(*match.id, copy_number, item_number++));
+    item.set_attribute("id", copy_clip_item_id(base, copy_number, item_number++));
     for (Element master : item.all("masterclipid")) master.set_text(id);
   }
-  return copy;
 }
 
 // Frame counts of one subclip, relative to the clip's media.
@@ -75,10 +110,10 @@ SubclipFrames subclip_frames(const FrameSpan& span, std::int64_t clip_duration) 
           std::max<std::int64_t>(clip_duration - end - 1, 0)};
 }
 
-void cut_clip(Element clip, std::int64_t duration) {
+void cut_clip(Element clip, std::int64_t duration, const Rules& rules) {
   required(clip, "duration").set_text(std::to_string(duration));
-  required(clip, "in", " to clear for the subclip").set_text("-1");
-  required(clip, "out", " to clear for the subclip").set_text("-1");
+  clear_point(clip, kIn, " to clear for the subclip", rules);
+  clear_point(clip, kOut, " to clear for the subclip", rules);
   set_if_present(clip, "media/audio/in", "-1");
   set_if_present(clip, "media/audio/out", "-1");
 }
@@ -91,7 +126,7 @@ std::string describe_clip_item(Element item, std::size_t ordinal) {
 }
 
 void cut_track_clip_item(Element item, std::size_t ordinal, const std::string& name,
-                         const SubclipFrames& frames) {
+                         const SubclipFrames& frames, const Rules& rules) {
   const std::string duration = std::to_string(frames.duration);
   const std::array<std::pair<std::string_view, std::string_view>, 6> contents{{
       {"name", name},
@@ -102,7 +137,13 @@ void cut_track_clip_item(Element item, std::size_t ordinal, const std::string& n
       {"end", duration},
   }};
   const std::string where = describe_clip_item(item, ordinal);
-  for (const auto& [selector, text] : contents) required(item, selector, where).set_text(text);
+  for (const auto& [selector, text] : contents) {
+    if (Element found = found_or_required(item, selector, where, rules)) {
+      found.set_text(text);
+    } else {
+      add_child_in_order(item, kClipItemChildren, selector, text);
+    }
+  }
   // <subclipinfo> <startoffset>S</startoffset> <endoffset>E</endoffset> </subclipinfo>
   const Element info = item.create_element("subclipinfo");
   info.append_text(" ");
@@ -127,19 +168,34 @@ std::string id_copied_from(const std::string& id) {
   return id.substr(0, at);
 }
 
+bool cuts_subclip(const LogRow& row) {
+  return holds_text(row.field(kInHeader)) && holds_text(row.field(kOutHeader));
+}
+
+std::string copy_id(const ClipMatch& match, std::size_t copy) {
+  return copy_id(match.id.value_or(match.name), copy);
+}
+
 void clear_empty_in_out(const LogRow& row, Element clip, const Rules& rules) {
   clear_point_if_empty(row, clip, kInHeader, kIn, rules);
   clear_point_if_empty(row, clip, kOutHeader, kOut, rules);
 }
 
-void make_subclip_copies(ClipMatch& match) {
-  for (Element link : match.clip.all("link")) link.remove();
-  if (!match.id) throw Error("no id attribute to build the ids of its subclip copies from");
+void make_subclip_copies(ClipMatch& match, const Rules& rules) {
+  const bool beside = rules.subclips_beside_master_clip;
+  if (!beside) remove_links(match.clip, rules);
+  if (!match.id && !rules.create_missing_elements) {
+    throw Error("no id attribute to build the ids of its subclip copies from");
+  }
   const Element parent = match.clip.parent();
   if (!parent)
     throw Error("it is the document's root element, so its subclip copies have no place");
-  for (std::size_t copy_number = 1; copy_number < match.rows.size(); ++copy_number) {
-    match.clips.push_back(append_renamed_copy(match, parent, copy_number));
+  for (std::size_t copy_number = 1; copy_number <= match.copy_count(); ++copy_number) {
+    const Element copy = beside ? match.clips.back().insert_after_on_own_line(match.clip.copy())
+                                : parent.append_child(match.clip.copy());
+    if (beside) remove_links(copy, rules);
+    rename_copy(match, copy, copy_number, rules);
+    match.clips.push_back(copy);
   }
 }
 
@@ -148,19 +204,20 @@ std::int64_t read_clip_duration(Element clip) {
 }
 
 void apply_subclip(const LogRow& row, Element clip, const RowPlacement& placement,
-                   const ClipTiming& timing, std::int64_t clip_duration) {
+                   const ClipTiming& timing, std::int64_t clip_duration, const Rules& rules) {
+  const Element clip_name = required(clip, "name");
   const std::string* subclip_name = row.field(kSubclipNameHeader);
-  if (holds_text(subclip_name)) required(clip, "name").set_text(*subclip_name);
-  const std::string* in = row.field(kInHeader);
-  const std::string* out = row.field(kOutHeader);
-  if (!holds_text(in) || !holds_text(out)) return;
+  if (holds_text(subclip_name)) clip_name.set_text(*subclip_name);
+  if (!cuts_subclip(row)) return;
 
   const SubclipFrames frames = subclip_frames(planned(placement.subclip, timing), clip_duration);
-  cut_clip(clip, frames.duration);
-  const std::string item_name = subclip_name ? *subclip_name : std::string();
+  cut_clip(clip, frames.duration, rules);
+  const std::string item_name = rules.subclips_beside_master_clip ? clip_name.text()
+                                : subclip_name                    ? *subclip_name
+                                                                  : std::string();
   std::size_t ordinal = 0;
   for (Element item : clip.all("track/clipitem")) {
-    cut_track_clip_item(item, ++ordinal, item_name, frames);
+    cut_track_clip_item(item, ++ordinal, item_name, frames, rules);
   }
 }
 

@@ -11,18 +11,27 @@
 
 namespace pellago {
 
+// Whether the row cuts a subclip when several rows name its clip: its In and Out hold text.
+bool cuts_subclip(const LogRow& row);
+
 // An empty "In" cell sets the clip's first in (and first media/audio/in, if any) to -1; the same
 // for "Out". An absent column or a non-empty cell changes nothing. A clip without an in (out)
 // throws Error, or under rules.create_missing_elements gets one holding -1 after its rate.
 void clear_empty_in_out(const LogRow& row, Element clip, const Rules& rules = classic_rules());
 
-// For a clip with n > 1 matching rows: removes the clip's links, then appends n - 1 renamed deep
-// copies of it to its parent and to match.clips. Copy j gets the id "ID clip0j", no uuid, every
-// masterclipid set to that id, and clip item k the id "ID clipitem0jk".
-void make_subclip_copies(ClipMatch& match);
+// Makes match.copy_count() renamed deep copies of the clip and appends them to match.clips. Copy
+// k gets the id "ID clip0k" (the clip's name stands in for a missing id under
+// rules.create_missing_elements), no uuid, every masterclipid set to that id, and clip item i the
+// id "ID clipitem0ki". Under rules.subclips_beside_master_clip the copies stand right after the
+// clip, without its links, and the clip keeps them; otherwise the clip's links are removed and the
+// copies are appended to its parent.
+void make_subclip_copies(ClipMatch& match, const Rules& rules = classic_rules());
 
 // The id of copy number `copy` (1 for the second row) of the clip with id `clip_id`: "ID clip01".
 std::string copy_id(const std::string& clip_id, std::size_t copy);
+
+// The id make_subclip_copies gives copy number `copy` of the matched clip.
+std::string copy_id(const ClipMatch& match, std::size_t copy);
 
 // The id of the clip a copy was made from ("A001" for "A001 clip01"); any other id as it is.
 std::string id_copied_from(const std::string& id);
@@ -32,8 +41,11 @@ std::int64_t read_clip_duration(Element clip);
 
 // Turns the target clip into the subclip the row describes: its "Subclip Name" and, when "In" and
 // "Out" both hold timecodes, its duration, cleared in and out, and on every track clip item new
-// name, duration, in, out, start, end and a subclipinfo with the offsets into the media.
+// name, duration, in, out, start, end and a subclipinfo with the offsets into the media. The
+// items take the Subclip Name; under rules.subclips_beside_master_clip, the clip's name. Elements
+// the clip or its items lack are added under rules.create_missing_elements.
 void apply_subclip(const LogRow& row, Element clip, const RowPlacement& placement,
-                   const ClipTiming& timing, std::int64_t clip_duration);
+                   const ClipTiming& timing, std::int64_t clip_duration,
+                   const Rules& rules = classic_rules());
 
 }  // namespace pellago

@@ -136,7 +136,7 @@ class MainWindowTest : public QObject {
     QCOMPARE(cell(findings, 3, 5),
              QStringLiteral("did you mean \"A001_C001_0611AB\" or \"A001_C002_0611AB\"?"));
     QCOMPARE(child<QLabel>(window, "checkSummary")->text(),
-             QStringLiteral("4 findings - a merge would visit 6 clips (5 changed, 2 subclips made, "
+             QStringLiteral("4 findings - a merge would visit 6 clips (5 changed, 3 subclips made, "
                             "6 markers added); 1 sheet row matched no clip"));
 
     window.set_output(output);
@@ -147,7 +147,7 @@ class MainWindowTest : public QObject {
     QVERIFY(child<QLabel>(window, "message")
                 ->text()
                 .startsWith(QStringLiteral(
-                    "Merged 6 clips (5 changed, 2 subclips made, 6 markers added)")));
+                    "Merged 6 clips (5 changed, 3 subclips made, 6 markers added)")));
     QVERIFY(child<QPushButton>(window, "showInFolder")->isEnabled());
 
     write_all(output, "kept");

@@ -45,7 +45,7 @@ run check --changes "$source_dir/examples/log_sheet.xlsx" "$scratch/project.xml"
 expect_status 4 "changes"
 grep -qxF 'row 2, clip "A001_C001_0611AB" (id A001_C001_0611AB): labels/label2: "" -> "Interview"' "$scratch/stdout" ||
   fail "changes lack the label2 of row 2"
-grep -qxF 'row 4, clip "A001_C002_0611AB" (id A001_C002_0611AB clip01): made a copy of the clip for the row'"'"'s subclip' "$scratch/stdout" ||
+grep -qxF 'row 3, clip "A001_C002_0611AB" (id A001_C002_0611AB clip01): made a copy of the clip for the row'"'"'s subclip' "$scratch/stdout" ||
   fail "changes lack the first subclip copy"
 cmp -s "$project" "$scratch/project.xml" || fail "check changed its XML file"
 [[ $(ls -A "$scratch" | sort | tr '\n' ' ') == "project.xml stderr stdout " ]] || fail "check wrote a file"

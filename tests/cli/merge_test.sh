@@ -29,12 +29,16 @@ expect_only_output() {
     fail "$1 holds '$(ls -A "$1")'"
 }
 
-# A merge: status 0, the merged bytes, a one-line summary, no progress bar off a terminal.
-run merge "$sheet" "$project" "$scratch/out.xml"
+# A merge: status 0, the merged bytes (here and below under the classic rules, whose output is
+# the data file's), a one-line summary, no progress bar off a terminal.
+run merge --classic "$sheet" "$project" "$scratch/out.xml"
 expect_status 0 "merge" ""
 expect_same "$scratch/out.xml" "$merged" "merge"
 summary="visited 6 clips, changed 5; A001_C002_0611AB became 3 subclips: \"Boat arrives\", \"Rope throw\", \"Wide harbour\"; added 6 markers; 1 sheet row matched no clip; wrote $scratch/out.xml; run 'pellago check' to see why"
 [[ $out == "$summary" ]] || fail "summary reads '$out'"
+run merge "$sheet" "$project" "$scratch/out.xml"
+[[ $out == "visited 6 clips, changed 5; A001_C002_0611AB gave 3 subclips: "* ]] ||
+  fail "summary under the default rules reads '$out'"
 
 # Not a log sheet: status 3, one line naming the extensions, nothing written; an upper-case
 # extension is told apart.
@@ -54,7 +58,7 @@ expect_status 1 "clip without a duration" 'pellago: clip "A001_C001_0611AB" (id 
 
 # The output may be the input file itself.
 cp "$project" "$scratch/in_place.xml"
-run merge "$sheet" "$scratch/in_place.xml" "$scratch/in_place.xml"
+run merge --classic "$sheet" "$scratch/in_place.xml" "$scratch/in_place.xml"
 expect_status 0 "output is the input"
 expect_same "$scratch/in_place.xml" "$merged" "output is the input"
 
@@ -65,7 +69,7 @@ echo "earlier output" >"$scratch/links/xml/target.xml"
 chmod 600 "$scratch/links/xml/target.xml"
 ln -s xml/target.xml "$scratch/links/latest.xml"
 ln -s links/latest.xml "$scratch/linked.xml"
-run merge "$sheet" "$project" "$scratch/linked.xml"
+run merge --classic "$sheet" "$project" "$scratch/linked.xml"
 expect_status 0 "linked output"
 [[ -L $scratch/linked.xml && -L $scratch/links/latest.xml ]] || fail "a link was replaced by a file"
 expect_same "$scratch/links/xml/target.xml" "$merged" "linked output"
@@ -88,7 +92,7 @@ done
 status=${PIPESTATUS[0]} err=$(cat "$scratch/stderr")
 expect_status 1 "output /dev/stdout on a pipe" 'pellago: cannot write "/dev/stdout": it exists and is not a regular file'
 expect_same "$scratch/sheet_copy.xlsx" "$sheet" "the sheet as output"
-run merge "$sheet" "$project" -
+run merge --classic "$sheet" "$project" -
 expect_status 0 "standard output" "visited 6 clips*wrote standard output; run 'pellago check' to see why"
 expect_same "$scratch/stdout" "$merged" "standard output"
 "$pellago" merge "$sheet" "$project" - 2>/dev/null | head -c 1 >/dev/null

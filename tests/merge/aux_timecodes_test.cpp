@@ -14,7 +14,7 @@ using merge_test::replace_all;
 std::string with_aux_timecodes(const std::string& xml, const LogRow& row,
                                const ClipTiming& timing) {
   Document document = Document::parse_string(xml);
-  apply_aux_timecodes(document.first("clip"), row, timing);
+  apply_aux_timecodes(place_aux(document.first("clip"), timing), row, timing);
   return document.write();
 }
 

@@ -114,6 +114,127 @@ TEST_F(RealExportsTest, ATimelinesClipItemsTakeTheRowsLoggingAndMarkers) {
   EXPECT_EQ(report.merge.rows_unmatched, 0u);
 }
 
+// A name a real export holds, logged with every kind of column: two rows, the second cutting a
+// subclip (a master clip's; a clip item's rows log its items only). Timecodes are one and three
+// seconds into the media, and the aux timecode is 01:00:00:00 at the rate.
+struct LoggedName {
+  std::string xml;
+  std::string name;
+  bool master_clip;
+  std::string one_second_in;
+  std::string three_seconds_in;
+  std::int64_t frames_per_second;
+  std::int64_t aux_frame;
+};
+
+void PrintTo(const LoggedName& logged, std::ostream* out) { *out << logged.xml; }
+
+class RealExportNamesTest : public RealExportsTest, public testing::WithParamInterface<LoggedName> {
+ protected:
+  // Every element the columns write, below `target`, holds the row's value.
+  static void expect_logged(Element target) {
+    for (Element good : target.all("logginginfo/good")) EXPECT_EQ(good.text(), "TRUE");
+    for (Element scene : target.all("logginginfo/scene")) EXPECT_EQ(scene.text(), "12");
+    for (Element take : target.all("logginginfo/shottake")) EXPECT_EQ(take.text(), "3");
+    for (Element note : target.all("logginginfo/lognote")) EXPECT_EQ(note.text(), "wide");
+    EXPECT_EQ(target.first("logginginfo/description").text(), "harbour");
+    EXPECT_TRUE(target.first("logginginfo/scene"));
+  }
+
+  // The <file> that describes the one `target` shows.
+  static Element described(const Document& document, Element target) {
+    const Element file = target.first("file");
+    if (!file || file.holds_elements()) return file;
+    return document.first_xpath(fmt::format("//file[@id='{}'][*]", *file.attribute("id")));
+  }
+
+  // The yellow marker "Horn", one second into the target's media, and the aux timecode in its
+  // file.
+  static void expect_marked(const Document& document, Element target, const LoggedName& logged) {
+    const Element marker = target.first_xpath("./marker[name='Horn']");
+    ASSERT_TRUE(marker);
+    EXPECT_EQ(marker.first("in").text(), std::to_string(logged.frames_per_second));
+    EXPECT_EQ(marker.first("color/green").text(), "255");
+    EXPECT_EQ(marker.first("color/blue").text(), "0");
+    const Element file = described(document, target);
+    ASSERT_TRUE(file);
+    if (const Element duration = file.first("duration")) {
+      EXPECT_LT(logged.frames_per_second, std::stoll(duration.text()));
+    }
+    const Element aux = file.first_xpath("./timecode[source='aux1']");
+    ASSERT_TRUE(aux);
+    EXPECT_EQ(aux.first("frame").text(), std::to_string(logged.aux_frame));
+  }
+};
+
+TEST_P(RealExportNamesTest, EveryColumnLandsInEveryElementItNames) {
+  const LoggedName& logged = GetParam();
+  const SheetRow headers{"Name",        "Subclip Name", "In",        "Out",      "Good",
+                         "Description", "Scene",        "Shot/Take", "Log Note", "Marker Timecode",
+                         "Marker Name", "Marker Color", "Aux TC 1"};
+  const std::string aux = logged.frames_per_second == 30 ? "01:00:00;00" : "01:00:00:00";
+  SheetRow whole{logged.name,          "",     "",       "", "yes", "harbour", "12", "3", "wide",
+                 logged.one_second_in, "Horn", "yellow", aux};
+  SheetRow subclip = whole;
+  subclip[1] = "Rope throw";
+  subclip[2] = logged.one_second_in;
+  subclip[3] = logged.three_seconds_in;
+  write_xlsx(path("log.xlsx"), {headers, whole, subclip});
+  const Document document = merged(logged.xml, default_rules());
+  EXPECT_EQ(document.recovered_errors().count, 0);
+
+  std::vector<Element> targets;
+  for (Element clip : document.all("clip")) {
+    if (clip.first("name").text() == logged.name) targets.push_back(clip);
+  }
+  if (logged.master_clip) {
+    ASSERT_FALSE(targets.empty());
+    const Document original = Document::parse_file(real_export(logged.xml));
+    const std::size_t masters = targets.size();
+    for (Element clip : document.all("clip")) {
+      if (clip.first("name").text() != "Rope throw") continue;
+      targets.push_back(clip);
+      EXPECT_EQ(clip.first("duration").text(), std::to_string(2 * logged.frames_per_second + 1));
+      EXPECT_EQ(clip.first("subclipinfo/startoffset").text(),
+                std::to_string(logged.frames_per_second));
+    }
+    EXPECT_EQ(targets.size(), 2 * masters);
+  } else {
+    ASSERT_TRUE(targets.empty());
+    for (Element item : document.all("//sequence//clipitem")) {
+      const Element file = described(document, item);
+      const std::string file_name = file ? file.first("name").text() : std::string();
+      if (item.first("name").text() == logged.name ||
+          file_name.substr(0, file_name.rfind('.')) == logged.name) {
+        targets.push_back(item);
+      }
+    }
+    ASSERT_FALSE(targets.empty());
+  }
+  for (Element target : targets) {
+    SCOPED_TRACE(target.attribute("id").value_or("no id"));
+    expect_logged(target);
+    expect_marked(document, target, logged);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    SixApplications, RealExportNamesTest,
+    testing::Values(LoggedName{"msub20001812aa.xml", "msub200012-0409d2k1006", true, "11:03:43:23",
+                               "11:03:45:23", 25, 90000},
+                    LoggedName{"premiere_cs6_lydtest.xml",
+                               "Nokas.2010.NORWEGIAN.DVDSCR.XviD-NOKAS.avi", true, "00:00:01;00",
+                               "00:00:03;00", 30, 107892},
+                    LoggedName{"jrpa-ths-skvln-henrik.xml", "HENRIK-FLYTTER-221015-SP23", true,
+                               "00:00:01:00", "00:00:03:00", 25, 90000},
+                    LoggedName{"BroShow_ep_Fordommer.xml",
+                               "Fordommer_Mikke_Prat_01_RENDER_READY_01", false, "00:07:31:23",
+                               "00:07:33:23", 25, 90000},
+                    LoggedName{"DNPR63700211_Bare_musikk-timeline.xml", "SCD078019", false,
+                               "00:45:05:15", "00:45:07:15", 25, 90000},
+                    LoggedName{"resolve_timeline.xml", "203_04_shot_31a", false, "00:00:01:00",
+                               "00:00:03:00", 24, 86400}));
+
 // `xml` with the first <tag> after `anchor` (holding text, or written empty as <tag/> or <tag />)
 // replaced by `with`.
 std::string replace_element(std::string xml, const std::string& anchor, const std::string& tag,

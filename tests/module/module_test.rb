@@ -216,7 +216,8 @@ class ModuleMethodsTest < Minitest::Test
     assert_nil run[:result]
     assert_equal progress_log(6), run[:log]
     by_cli = File.join(@tmp, "by_cli.xml")
-    assert system(CLI, "merge", sheet, xml, by_cli, out: File::NULL), "pellago merge failed"
+    assert system(CLI, "merge", "--classic", sheet, xml, by_cli, out: File::NULL),
+           "pellago merge failed"
     assert_equal File.binread(by_cli), File.binread(output)
 
     run = merge_in_child(sheet, xml, prelude: "$ruby_cocoa = false",

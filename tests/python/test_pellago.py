@@ -52,7 +52,7 @@ def test_merge_writes_what_the_program_writes(tmp_path):
 
     assert output.read_bytes() == expected.read_bytes()
     assert (report.outcome, report.clips_visited, report.clips_changed, report.subclips_made,
-            report.markers_added, report.rows_unmatched) == (pellago.Outcome.merged, 6, 5, 2, 6, 1)
+            report.markers_added, report.rows_unmatched) == (pellago.Outcome.merged, 6, 5, 3, 6, 1)
     assert repr(report).startswith("MergeReport(outcome=Outcome.merged, clips_visited=6,")
 
     not_a_sheet = pellago.merge(tmp_path / "log.XLSX", PROJECT, tmp_path / "none.xml")

@@ -43,7 +43,7 @@ TEST(ColumnsTest, TheGuideListsEveryColumnWithTheElementsItWrites) {
   ASSERT_EQ(rows.size(), kSheetColumns.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const SheetColumn& column = kSheetColumns[i];
-    ASSERT_EQ(rows[i].size(), 3u);
+    ASSERT_EQ(rows[i].size(), 4u);
     EXPECT_EQ(rows[i][0], column.header);
     const std::string& written = rows[i][2];
     if (column.write == ElementWrite::none) continue;
