@@ -37,13 +37,6 @@ std::string quoted_list(const std::vector<std::string>& names) {
   return text;
 }
 
-std::string lower_ascii(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 // A Good cell that a person means as yes but that the merge reads as FALSE.
 bool looks_like_yes(const std::string& cell) {
   static const std::vector<std::string> kYes{"yes", "y", "true", "x", "1", "1.0", "ok", "good"};
@@ -83,13 +76,6 @@ std::optional<std::string> whole_number_typed(const Cell& cell) {
   const std::string text = cell_text(cell);
   if (!text.ends_with(".0")) return std::nullopt;
   return text.substr(0, text.size() - 2);
-}
-
-std::string upper_ascii(std::string text) {
-  for (char& c : text) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return text;
 }
 
 // The subclips by the id of the clip they were copied from.

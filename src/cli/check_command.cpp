@@ -108,10 +108,6 @@ std::string change_line(const Change& change) {
   return where;
 }
 
-std::string counted(std::size_t count, std::string_view noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
-
 std::string summary_line(const CheckReport& report) {
   const MergeReport& merge = report.merge;
   return fmt::format(

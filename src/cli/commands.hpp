@@ -1,7 +1,11 @@
 #pragma once
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace pellago::cli {
 
@@ -14,8 +18,14 @@ inline constexpr int kExitNotALogSheet = 3;
 // The help of --classic, which merge and check share.
 inline constexpr const char* kClassicFlag =
     "Follow the classic rules, as the Ruby module does: only master clips are logged, file "
-    "references are not followed, ntsc is TRUE or FALSE exactly, and clips further down the "
-    "document than the sheet has rows are only partly logged";
+    "references are not followed, ntsc is TRUE or FALSE exactly, a clip cut into subclips becomes "
+    "the first of them, and clips further down the document than the sheet has rows are only "
+    "partly logged";
+
+// "1 clip", "2 clips": a count and its noun, plural unless the count is 1.
+inline std::string counted(std::size_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
 
 // Each adds one subcommand to the program; its callback stores the exit status in `status`.
 // Callbacks throw pellago::Error on failure; main turns that into one line and status 1.

@@ -69,9 +69,14 @@ int run_export(const ExportOptions& options) {
   for (const NameLeftOut& name : report.names_left_out) {
     std::fputs(fmt::format("left out clip {}: {}\n", name.name, name.reason).c_str(), stdout);
   }
+  std::string named = counted(report.clips, "clip");
+  if (report.clip_items > 0) {
+    named = report.clips == 0
+                ? counted(report.clip_items, "clip item")
+                : fmt::format("{} and {}", named, counted(report.clip_items, "clip item"));
+  }
   std::fputs(
-      fmt::format("wrote {} row{} for {} clip{} to {}\n", report.rows, report.rows == 1 ? "" : "s",
-                  report.clips, report.clips == 1 ? "" : "s", options.sheet)
+      fmt::format("wrote {} for {} to {}\n", counted(report.rows, "row"), named, options.sheet)
           .c_str(),
       stdout);
   return kExitOk;

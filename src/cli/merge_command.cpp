@@ -96,10 +96,6 @@ std::string columns_help() {
   return text;
 }
 
-std::string counted(std::size_t count, std::string_view noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
-
 // The summary names each subclip while there are at most this many.
 constexpr std::size_t kNamedSubclips = 6;
 

@@ -16,6 +16,7 @@
 
 #include "document/document.hpp"
 #include "error.hpp"
+#include "merge/clip_match.hpp"
 #include "merge/output_file.hpp"
 #include "merge/required_element.hpp"
 #include "merge/resolve_clip_timing.hpp"
@@ -23,6 +24,7 @@
 #include "sheet/log_sheet.hpp"
 #include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
+#include "timecode/trimmed.hpp"
 #include "workbook/workbook.hpp"
 
 namespace pellago {
@@ -77,14 +79,42 @@ struct SheetRow {
   std::vector<std::string> cells;  // one per column
 };
 
-// The clips of one name, in document order.
+// The clips of one name, in document order: master clips, or clip items of sequences.
 struct NamedClips {
   std::string name;
   std::vector<Element> clips;
   std::size_t last_position = 0;  // of the last of them among all the document's clips
+  bool clip_items = false;
 };
 
-std::vector<NamedClips> clips_by_name(const Document& document) {
+// What a document's files are and how its clips are timed, as the merge under the default rules
+// sees them: a clip item is logged only under those.
+struct Timing {
+  DescribedFiles files;
+
+  ClipTiming of(const NamedClips& named, Element clip) const {
+    return named.clip_items ? resolve_clip_timing(clip, FRAME_RATES, default_rules(), &files)
+                            : resolve_clip_timing(clip, FRAME_RATES);
+  }
+};
+
+// The clip items of the sequences by the name a row logs them by (their own, or their file's
+// without its extension), for the names no master clip has, in document order.
+void add_clip_item_names(const Document& document, const DescribedFiles& files,
+                         std::vector<NamedClips>& names,
+                         std::unordered_map<std::string, std::size_t>& index) {
+  for (Element item : document.all("clipitem")) {
+    if (!in_sequence(item)) continue;
+    const Element own_name = item.first_xpath("name");
+    std::string text = own_name ? own_name.text() : file_stem(item, &files);
+    if (text.empty()) continue;
+    const auto [at, added] = index.try_emplace(text, names.size());
+    if (added) names.push_back({std::move(text), {}, 0, true});
+    if (names[at->second].clip_items) names[at->second].clips.push_back(item);
+  }
+}
+
+std::vector<NamedClips> clips_by_name(const Document& document, const DescribedFiles& files) {
   std::vector<NamedClips> names;
   std::unordered_map<std::string, std::size_t> index;
   const std::vector<Element> clips = document.all("clip");
@@ -100,13 +130,14 @@ std::vector<NamedClips> clips_by_name(const Document& document) {
     names[at->second].clips.push_back(clip);
     names[at->second].last_position = position;
   }
+  add_clip_item_names(document, files, names, index);
   return names;
 }
 
 // Why the merge cannot apply a row to the clip: the elements every matched row needs.
-std::optional<std::string> unloggable(Element clip) {
+std::optional<std::string> unloggable(const NamedClips& named, Element clip, const Timing& timing) {
   try {
-    resolve_clip_timing(clip, FRAME_RATES);
+    timing.of(named, clip);
   } catch (const Error& error) {
     return error.what();
   }
@@ -114,10 +145,11 @@ std::optional<std::string> unloggable(Element clip) {
   return std::nullopt;
 }
 
-std::vector<NamedClips> loggable_names(std::vector<NamedClips> names, ExportReport& report) {
-  std::erase_if(names, [&report](const NamedClips& named) {
+std::vector<NamedClips> loggable_names(std::vector<NamedClips> names, const Timing& timing,
+                                       ExportReport& report) {
+  std::erase_if(names, [&report, &timing](const NamedClips& named) {
     for (Element clip : named.clips) {
-      if (auto reason = unloggable(clip)) {
+      if (auto reason = unloggable(named, clip, timing)) {
         report.names_left_out.push_back({named.name, std::move(*reason)});
         return true;
       }
@@ -131,6 +163,7 @@ std::vector<NamedClips> loggable_names(std::vector<NamedClips> names, ExportRepo
 std::optional<std::string> first_lacking(const std::vector<NamedClips>& names,
                                          std::string_view selector) {
   for (const NamedClips& named : names) {
+    if (named.clip_items) continue;  // the classic rules, which never log them, keep their elements
     for (Element clip : named.clips) {
       if (!clip.first(selector)) return named.name;
     }
@@ -176,9 +209,10 @@ std::string cell_text(const SheetColumn& column, const NamedClips& named,
     case Content::name:
       return named.name;
     case Content::point:
-      return point_text(clip.first(column.element), timing);
+      // A clip item's In and Out are the editor's cut, which the merge leaves alone.
+      return named.clip_items ? std::string() : point_text(clip.first(column.element), timing);
     case Content::good:
-      return text_of(clip.first(column.element)) == "TRUE" ? "yes" : "";
+      return upper_ascii(text_of(clip.first(column.element))) == "TRUE" ? "yes" : "";
     case Content::text:
       return text_of(clip.first(column.element));
     case Content::empty:
@@ -230,7 +264,8 @@ std::size_t blank_rows_needed(const Document& document, const std::vector<NamedC
   return rows_needed > names.size() ? rows_needed - names.size() : 0;
 }
 
-Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<SheetColumn>& columns) {
+Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<SheetColumn>& columns,
+               const Timing& timings) {
   Sheet sheet;
   for (const SheetColumn& column : columns) {
     sheet.columns.push_back({std::string(column.header), column.export_width});
@@ -241,7 +276,7 @@ Sheet sheet_of(const std::vector<NamedClips>& names, const std::vector<SheetColu
   std::array<bool, kAuxColumns.size()> aux_held{};
   for (const NamedClips& named : names) {
     const Element clip = named.clips.front();
-    const ClipTiming timing = resolve_clip_timing(clip, FRAME_RATES);
+    const ClipTiming timing = timings.of(named, clip);
     SheetRow row{named.name, {}};
     for (const SheetColumn& column : columns) row.cells.push_back(cell_text(column, named, timing));
     sheet.rows.push_back(std::move(row));
@@ -369,10 +404,14 @@ ExportReport export_log_sheet(const std::string& xml_path, const std::string& sh
   const Document document = Document::parse_file(xml_path);
   ExportReport report;
   report.recovered = document.recovered_errors();
-  const std::vector<NamedClips> names = loggable_names(clips_by_name(document), report);
+  const Timing timing{described_files(document)};
+  const std::vector<NamedClips> names =
+      loggable_names(clips_by_name(document, timing.files), timing, report);
   report.rows = names.size();
-  for (const NamedClips& named : names) report.clips += named.clips.size();
-  Sheet sheet = sheet_of(names, written_columns(names, report));
+  for (const NamedClips& named : names) {
+    (named.clip_items ? report.clip_items : report.clips) += named.clips.size();
+  }
+  Sheet sheet = sheet_of(names, written_columns(names, report), timing);
   sheet.blank_rows = blank_rows_needed(document, names);
 
   const ScratchFile scratch;

@@ -25,8 +25,9 @@ struct NameLeftOut {
 };
 
 struct ExportReport {
-  std::size_t rows = 0;   // one per distinct clip name written
-  std::size_t clips = 0;  // clip elements that those rows name
+  std::size_t rows = 0;        // one per distinct clip name written
+  std::size_t clips = 0;       // master clips that those rows name
+  std::size_t clip_items = 0;  // clip items of sequences that they name
   std::vector<ColumnLeftOut> columns_left_out;
   std::vector<NameLeftOut> names_left_out;
   // What the XML parser repaired. When count is not 0 the document was malformed: the clips
@@ -37,10 +38,13 @@ struct ExportReport {
 // Writes a log sheet (.xlsx) listing the clips of the XML document at xml_path: one row per
 // distinct clip name, in document order of first appearance, holding what the first clip of that
 // name holds now in the columns the merge reads; markers and auxiliary timecodes that the clip
-// holds already go into "(in project)" columns the merge ignores. Merging the sheet back into the
-// document changes nothing but its update behaviours. To keep that so, a column whose cells the
-// merge would write into an element that some clip lacks (it would add the element, or fail) is
-// left out, and so is every clip name the merge could not apply a row to. Blank rows at the end
+// holds already go into "(in project)" columns the merge ignores. Then one row per distinct name
+// of the sequences' clip items that no master clip has (their own name, or their file's without
+// its extension), with In and Out empty: the rows the default rules log those items by. Merging
+// the sheet back into the document under the classic rules changes nothing but its update
+// behaviours. To keep that so, a column whose cells the merge would write into an element that
+// some master clip lacks (it would add the element, or fail) is left out, and so is every clip
+// name the merge could not apply a row to. Blank rows at the end
 // give the sheet as many rows as the merge needs to reach the last clip named. The sheet is
 // written through a temporary file and a rename; with ExistingSheet::refuse an existing
 // sheet_path is an error, and a sheet_path that is not a regular file always is. A malformed

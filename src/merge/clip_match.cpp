@@ -69,23 +69,6 @@ Error in_row(const Error& error, const ClipMatch& match, std::size_t row) {
   return wrapped;
 }
 
-bool in_sequence(Element element) {
-  for (Element up = element.parent(); up; up = up.parent()) {
-    if (up.name() == "sequence") return true;
-  }
-  return false;
-}
-
-// The name of the file a clip item shows, without its extension ("A001_C002" for
-// "A001_C002.mov"), looking through a file reference; empty when it has none.
-std::string file_stem(Element item, const DescribedFiles* files) {
-  const Element file = described_file(item, files);
-  const Element name = file ? file.first("name") : Element();
-  if (!name) return {};
-  std::string stem = name.text();
-  return stem.substr(0, stem.rfind('.'));
-}
-
 // The rows no master clip took that name the clip item, by its own name or its file's.
 std::vector<std::size_t> rows_of_item(Element item, const std::vector<bool>& taken,
                                       const MergeRun& run, std::string& name) {
@@ -106,6 +89,21 @@ std::vector<std::size_t> rows_of_item(Element item, const std::vector<bool>& tak
 }
 
 }  // namespace
+
+bool in_sequence(Element element) {
+  for (Element up = element.parent(); up; up = up.parent()) {
+    if (up.name() == "sequence") return true;
+  }
+  return false;
+}
+
+std::string file_stem(Element item, const DescribedFiles* files) {
+  const Element file = described_file(item, files);
+  const Element name = file ? file.first("name") : Element();
+  if (!name) return {};
+  std::string stem = name.text();
+  return stem.substr(0, stem.rfind('.'));
+}
 
 RowsByName index_rows_by_name(const std::vector<LogRow>& rows) {
   RowsByName index;

@@ -62,6 +62,13 @@ std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index,
 
 struct MergeObserver;
 
+// Whether the element stands inside a sequence.
+bool in_sequence(Element element);
+
+// The name of the file a clip item shows, without its extension ("A001_C002" for
+// "A001_C002.mov"), looking through a file reference; empty when it has none.
+std::string file_stem(Element item, const DescribedFiles* files);
+
 // Everything one merge shares between clip visits.
 
 struct MergeRun {

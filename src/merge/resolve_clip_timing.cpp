@@ -9,6 +9,7 @@
 #include "error.hpp"
 #include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
+#include "timecode/trimmed.hpp"
 
 namespace pellago {
 
@@ -25,13 +26,6 @@ constexpr std::array<Selector, 4> kTimingElements{
 Element required_element(Element found, std::string_view description) {
   if (!found) throw Error(fmt::format("no {} element", description));
   return found;
-}
-
-std::string upper_ascii(std::string text) {
-  for (char& c : text) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return text;
 }
 
 // Fills the timing elements the clip lacks from the file it refers to.

@@ -9,6 +9,7 @@
 #include "error.hpp"
 #include "sheet/cell_text.hpp"
 #include "sheet/columns.hpp"
+#include "timecode/trimmed.hpp"
 
 namespace pellago {
 
@@ -89,13 +90,6 @@ void require_xml_text(const std::string& text, int row, const ColumnPlan& column
     error.row = row;
     throw error;
   }
-}
-
-std::string lower_ascii(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
 }
 
 LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {

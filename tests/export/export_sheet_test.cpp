@@ -7,8 +7,8 @@
 // - Fields the merge writes into every match ("Good", "Scene", "Shot/Take", "Log Note", "Master
 //   Comment 1-4"): a clip holding several such elements with different texts gets the first text
 //   in all of them.
-// - Good: the merge writes TRUE or FALSE, so a good element holding anything else (an empty one,
-//   "true") becomes FALSE.
+// - Good: the merge writes TRUE or FALSE, so a good element holding anything else becomes one of
+//   them: an empty one FALSE, "true" TRUE.
 // - Logging elements holding more than plain text (child elements, CDATA sections, entity
 //   references, comments) are rewritten as one text node; texts holding a carriage return, or
 //   longer than a cell can hold (32767 characters), do not come back as they were.
@@ -202,6 +202,28 @@ TEST_F(ExportSheetTest, RoundTripHoldsOnGeneratedExports) {
   EXPECT_EQ(checked.error, std::nullopt);
   ASSERT_EQ(checked.findings.size(), 1u);
   EXPECT_EQ(checked.findings[0].kind, FindingKind::shared_clip_name);
+}
+
+// A timeline: one row per distinct name of the sequences' clip items (Resolve names them after
+// their files), In and Out left to the editor; merged back, the rows log every item.
+TEST_F(ExportSheetTest, ATimelineGivesARowPerClipItemName) {
+  const std::string timeline =
+      source_path("tests/document/data/realworld/resolve_timeline.xml").string();
+  const ExportReport report = export_log_sheet(timeline, path("sheet.xlsx"));
+  EXPECT_EQ(report.rows, 12u);
+  EXPECT_EQ(report.clips, 0u);
+  EXPECT_EQ(report.clip_items, 17u);
+  std::vector<std::string> headers;
+  const std::vector<LogRow> rows = exported_rows(headers);
+  ASSERT_EQ(rows.size(), 12u);
+  EXPECT_EQ(*rows[0].field("Name"), "203_04_shot_31a.mov");
+  EXPECT_EQ(*rows[0].field("In"), "");
+
+  Host host;
+  host.rules = default_rules();
+  const MergeReport merged = add_log_notes(path("sheet.xlsx"), timeline, path("out.xml"), host);
+  EXPECT_EQ(merged.clip_items_logged, 17u);
+  EXPECT_EQ(merged.rows_unmatched, 0u);
 }
 
 TEST_F(ExportSheetTest, RefusesAnExistingSheetAndWritesNothingOnFailure) {
