@@ -373,7 +373,7 @@ void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
   const LogRow& row = (*rows_)[match.rows[j]];
   const std::string* in = row.field(kInHeader);
   const std::string* out = row.field(kOutHeader);
-  if (match.several || !in || !out || in->empty() || out->empty()) return;
+  if (match.several || match.clip_item || !in || !out || in->empty() || out->empty()) return;
   // A row that repeats the clip's own points, as an exported sheet does, asks for nothing lost.
   if (is_clip_point(*in, match.clip.first("in"), timing) &&
       is_clip_point(*out, match.clip.first("out"), timing)) {
@@ -631,11 +631,24 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
          .suggestion = "merge into the export the earlier merge started from, or take the marker "
                        "out of the row"});
   }
-  if (!placement.aux.display_format) return;
   for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
     const std::string_view header = aux.header;
     const std::string* value = row.field(header);
-    if (!value || value->empty() || is_timecode(*value, timing.timebase)) continue;
+    if (!value || value->empty()) continue;
+    if (!placement.aux.display_format) {
+      add({.kind = FindingKind::aux_not_written,
+           .severity = Severity::warning,
+           .row = at,
+           .column = column(header),
+           .clip = clip,
+           .message = fmt::format(
+               "the {} \"{}\" is not written: aux timecodes go into the clip's file, counted "
+               "in its timecode's display format, and the clip shows no such file",
+               header, *value),
+           .suggestion = "leave the cell empty, or log the clip whose file this is"});
+      continue;
+    }
+    if (is_timecode(*value, timing.timebase)) continue;
     add({.kind = FindingKind::not_a_timecode,
          .severity = Severity::warning,
          .row = at,

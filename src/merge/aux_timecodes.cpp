@@ -69,10 +69,10 @@ AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules,
     return {clip, format ? std::optional(format.text()) : std::nullopt};
   }
   const Element file = described_file(clip, files);
-  // A reference to a file described nowhere has nothing to hold them.
-  if (file && !file.holds_elements()) return {clip, std::nullopt};
+  // Without a file, or with a reference to one described nowhere, nothing can hold them.
+  if (!file || !file.holds_elements()) return {clip, std::nullopt};
   const Element format = file ? file.first(kFileFormat) : Element();
-  AuxPlace place{file ? file : clip, std::nullopt};
+  AuxPlace place{file, std::nullopt};
   if (format) {
     place.display_format = format.text();
   } else if (rules.create_missing_elements) {

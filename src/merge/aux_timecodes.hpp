@@ -16,8 +16,8 @@ struct AuxPlace {
   // What holds them: the clip, or under rules.follow_file_references the file it shows.
   Element scope;
   // The display format they are counted in: the file's own timecode's, or under
-  // rules.create_missing_elements the clip's when the file has none. Without one, the aux columns
-  // write nothing.
+  // rules.create_missing_elements the clip's when the file has none. Without one (or without a
+  // file to hold them, when the scope is a file) the aux columns write nothing.
   std::optional<std::string> display_format;
 };
 

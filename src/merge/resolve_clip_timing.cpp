@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <vector>
 
 #include "error.hpp"
@@ -64,10 +65,20 @@ std::int64_t source_start_frame(Element clip, const DescribedFiles* files,
   return to_frames(string.text(), rate, timing.display_format);
 }
 
+// The rate a timebase the table lacks counts frames at.
+FrameRate rate_of_timebase(std::int64_t timebase, bool ntsc) {
+  const auto frames = static_cast<double>(timebase);
+  return FrameRate{.type = fmt::format("{} fps", ntsc ? frames * 1000 / 1001 : frames),
+                   .timebase = static_cast<int>(std::min<std::int64_t>(timebase, INT32_MAX)),
+                   .ntsc = ntsc ? "TRUE" : "FALSE",
+                   .fcp_rate = ntsc ? frames * 1000 / 1001 : frames};
+}
+
 }  // namespace
 
 Element described_file(Element clip, const DescribedFiles* files) {
-  const Element file = clip.first("file");
+  // A clip item shows its own file, not one of a sequence nested in it.
+  const Element file = clip.name() == "clipitem" ? clip.first_xpath("./file") : clip.first("file");
   if (!file || file.holds_elements() || !files) return file;
   const std::optional<std::string> id = file.attribute("id");
   const auto found = id ? files->find(*id) : files->end();
@@ -95,8 +106,11 @@ ClipTiming resolve_clip_timing(Element clip, const FrameRates& rates, const Rule
     timing.ntsc = "FALSE";
   }
   if (found[2]) timing.display_format = found[2].text();
-  timing.rate = find_frame_rate(
-      rates, timing.timebase, rules.any_case_truth_words ? upper_ascii(timing.ntsc) : timing.ntsc);
+  const std::string ntsc = rules.any_case_truth_words ? upper_ascii(timing.ntsc) : timing.ntsc;
+  timing.rate = find_frame_rate(rates, timing.timebase, ntsc);
+  if (!timing.rate && rules.rates_beyond_the_table && timing.timebase > 0) {
+    timing.rate = rate_of_timebase(timing.timebase, ntsc == "TRUE");
+  }
   if (rules.start_at_source_timecode) {
     timing.start_frame = source_start_frame(clip, files, timing);
   } else if (found[3]) {

@@ -16,8 +16,8 @@ using DescribedFiles = std::unordered_map<std::string, Element>;
 
 DescribedFiles described_files(const Document& document);
 
-// The clip's first <file>, or, when that is a reference, the <file> in `files` that describes
-// it (the reference itself when none does); none when the clip has no file.
+// The clip's first <file> (a clip item's own), or, when that is a reference, the <file> in
+// `files` that describes it (the reference itself when none does); none when it has no file.
 Element described_file(Element clip, const DescribedFiles* files);
 
 // The timing of a target clip, read from its first rate/timebase, rate/ntsc, displayformat and

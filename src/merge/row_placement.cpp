@@ -20,7 +20,13 @@ RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing
                        bool makes_subclip, bool clip_item) {
   RowPlacement placement;
   placement.markers_after_name = clip_item ? "file" : "media";
-  if (!row.markers.empty()) placement.markers_after = clip.first(placement.markers_after_name);
+  if (!row.markers.empty() && !clip_item) placement.markers_after = clip.first("media");
+  // A clip item takes them after its own file; without one (a nested sequence, a generator), at
+  // its end.
+  if (!row.markers.empty() && clip_item) {
+    placement.markers_after = clip.first_xpath("./file");
+    if (!placement.markers_after) placement.markers_after = clip.first_xpath("./*[last()]");
+  }
   if (!timing.rate) return placement;
   if (makes_subclip && cuts_subclip(row)) {
     placement.subclip = FrameSpan{frame_in_clip(*row.field(kInHeader), timing),

@@ -33,7 +33,8 @@ struct RowPlacement {
   std::optional<FrameSpan> subclip;
   // The frame of each of the row's markers, in the row's order; when it has markers.
   std::optional<std::vector<std::int64_t>> marker_frames;
-  // The element the row's markers go right after: a clip's first <media>, a clip item's <file>.
+  // The element the row's markers go right after: a clip's first <media>, a clip item's <file>
+  // (its last child when it has none).
   Element markers_after;
   std::string_view markers_after_name;
   // Where the row's aux timecodes go.

@@ -23,6 +23,10 @@ struct Rules {
   bool start_at_source_timecode = false;
   // TRUE and FALSE are read in any letter case where the document holds them (<ntsc>).
   bool any_case_truth_words = false;
+  // A clip whose timebase and ntsc name no rate of the table (15 frames per second, say) is counted
+  // at its timebase, times 1000/1001 when ntsc is TRUE, instead of failing where a timecode is
+  // placed on it. A timebase below 1 still names no rate.
+  bool rates_beyond_the_table = false;
   // A clip without a <rate><ntsc> has an NTSC flag of FALSE, as the applications mean by leaving
   // it out, instead of failing.
   bool missing_ntsc_is_false = false;
@@ -52,6 +56,7 @@ constexpr Rules default_rules() {
                .follow_file_references = true,
                .start_at_source_timecode = true,
                .any_case_truth_words = true,
+               .rates_beyond_the_table = true,
                .missing_ntsc_is_false = true,
                .create_missing_elements = true,
                .subclips_beside_master_clip = true};

@@ -107,6 +107,7 @@ class FindingKind:
     merge_fails: ClassVar[FindingKind]
     recovered_xml: ClassVar[FindingKind]
     in_out_on_clip_item: ClassVar[FindingKind]
+    aux_not_written: ClassVar[FindingKind]
     @property
     def name(self) -> str: ...
     @property

@@ -235,6 +235,28 @@ INSTANTIATE_TEST_SUITE_P(
                     LoggedName{"resolve_timeline.xml", "203_04_shot_31a", false, "00:00:01:00",
                                "00:00:03:00", 24, 86400}));
 
+// A multicam clip item holds a sequence and no file: its marker goes at its end, and check says
+// that the aux timecode has nowhere to go. A clip item at 15 frames per second, a rate the table
+// lacks, is counted at its timebase.
+TEST_F(RealExportsTest, ClipItemsWithoutAFileOrAtAnUnlistedRateAreLogged) {
+  write_xlsx(path("log.xlsx"), {{"Name", "Marker Timecode", "Marker Name", "Aux TC 1"},
+                                {"Int-T01-Multicam", "00:00:01:00", "Horn", "01:00:00:00"},
+                                {"sc01_sh010_anim.mov", "00:00:01:00", "Horn", ""}});
+  const Document multicam = merged("BroShow_ep_Fordommer.xml", default_rules());
+  const Element item = multicam.first_xpath("//clipitem[name='Int-T01-Multicam']");
+  EXPECT_EQ(item.first_xpath("./*[last()]/name").text(), "Horn");
+  EXPECT_FALSE(item.first_xpath(".//timecode[source='aux1']"));
+  CheckOptions options;
+  options.rules = default_rules();
+  const CheckReport report =
+      check(path("log.xlsx"), real_export("BroShow_ep_Fordommer.xml"), options);
+  ASSERT_FALSE(report.findings.empty());
+  EXPECT_EQ(report.findings[0].kind, FindingKind::aux_not_written);
+
+  const Document fifteen = merged("premiere_example.xml", default_rules());
+  EXPECT_EQ(fifteen.first_xpath("//clipitem[@id='clipitem-1']/marker/in").text(), "15");
+}
+
 // `xml` with the first <tag> after `anchor` (holding text, or written empty as <tag/> or <tag />)
 // replaced by `with`.
 std::string replace_element(std::string xml, const std::string& anchor, const std::string& tag,
