@@ -20,6 +20,16 @@ namespace pellago {
 
 namespace {
 
+// The aux timecode columns whose cell in the row holds text, with that text.
+std::vector<std::pair<std::string_view, std::string>> filled_aux_cells(const LogRow& row) {
+  std::vector<std::pair<std::string_view, std::string>> cells;
+  for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
+    const std::string* value = row.field(aux.header);
+    if (value && !value->empty()) cells.emplace_back(aux.header, *value);
+  }
+  return cells;
+}
+
 // Names compared in the search for the closest clip names to the rows that match none, over the
 // whole sheet: a few seconds at most, however many rows and clips.
 constexpr std::size_t kNameComparisons = 100'000'000;
@@ -436,10 +446,7 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j, const
       !counts_drop_frames(upper_ascii(*file_format))) {
     return;
   }
-  for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
-    const std::string_view header = aux.header;
-    const std::string* value = row.field(header);
-    if (!value || value->empty()) continue;
+  for (const auto& [header, value] : filled_aux_cells(row)) {
     add({.kind = FindingKind::word_case,
          .severity = Severity::warning,
          .row = at,
@@ -631,10 +638,7 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
          .suggestion = "merge into the export the earlier merge started from, or take the marker "
                        "out of the row"});
   }
-  for (const SheetColumn& aux : columns_of<ColumnRole::aux_timecode>()) {
-    const std::string_view header = aux.header;
-    const std::string* value = row.field(header);
-    if (!value || value->empty()) continue;
+  for (const auto& [header, value] : filled_aux_cells(row)) {
     if (!placement.aux.display_format) {
       add({.kind = FindingKind::aux_not_written,
            .severity = Severity::warning,
@@ -644,17 +648,17 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
            .message = fmt::format(
                "the {} \"{}\" is not written: aux timecodes go into the clip's file, counted "
                "in its timecode's display format, and the clip shows no such file",
-               header, *value),
+               header, value),
            .suggestion = "leave the cell empty, or log the clip whose file this is"});
       continue;
     }
-    if (is_timecode(*value, timing.timebase)) continue;
+    if (is_timecode(value, timing.timebase)) continue;
     add({.kind = FindingKind::not_a_timecode,
          .severity = Severity::warning,
          .row = at,
          .column = column(header),
          .clip = clip,
-         .message = fmt::format("the {} \"{}\" is not a timecode", header, *value),
+         .message = fmt::format("the {} \"{}\" is not a timecode", header, value),
          .suggestion = "write it as hours:minutes:seconds:frames, such as 01:00:10:00"});
   }
 }
