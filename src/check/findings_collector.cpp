@@ -20,6 +20,32 @@ namespace pellago {
 
 namespace {
 
+// What the merge does with row position j of a clip that several rows name.
+std::string repeated_name_message(const ClipMatch& match, std::size_t j) {
+  const int row = sheet_row(match.rows[j]);
+  const int first = sheet_row(match.rows[0]);
+  const std::size_t copy = match.copy_numbers[j];
+  if (copy == 0) {
+    return fmt::format(
+        "row {} repeats the Name of row {} without both In and Out, so it logs the clip itself "
+        "too: where both rows fill a column, the later row's value stands",
+        row, first);
+  }
+  // Subclips beside the clip are in place before the rows are looked at; the classic copies not.
+  const std::string id = copy < match.clips.size() ? match.clips[copy].attribute("id").value_or("")
+                                                   : copy_id(match, copy);
+  if (match.updates_earlier(j)) {
+    return fmt::format(
+        "row {} cuts the subclip \"{}\" (id \"{}\") that an earlier merge cut from the clip: it "
+        "updates that subclip",
+        row, match.clips[copy].first("name").text(), id);
+  }
+  return fmt::format(
+      "row {} repeats the Name of row {}: the merge makes it a subclip, cut from a copy of the "
+      "clip (id \"{}\")",
+      row, first, id);
+}
+
 // The aux timecode columns whose cell in the row holds text, with that text.
 std::vector<std::pair<std::string_view, std::string>> filled_aux_cells(const LogRow& row) {
   std::vector<std::pair<std::string_view, std::string>> cells;
@@ -123,22 +149,6 @@ std::string closest_names_suggestion(const std::string& name, const NameIndex& n
   comparisons_left -= cost;
   const std::vector<std::string> near = closest(name, names, 3);
   return near.empty() ? std::string() : fmt::format("did you mean {}?", quoted_list(near));
-}
-
-// Whether a marker at `frame` named `name` stands beside `anchor`, where the merge puts the row's
-// markers.
-bool has_marker(Element anchor, std::int64_t frame, const std::string& name) {
-  if (!anchor) return false;
-  const Element holder = anchor.parent();
-  for (Element marker : holder.all("marker")) {
-    if (marker.parent() != holder) continue;
-    const Element in = marker.first("in");
-    const Element marker_name = marker.first("name");
-    if (in && marker_name && read_integer(in.text()) == frame && marker_name.text() == name) {
-      return true;
-    }
-  }
-  return false;
 }
 
 // Whether the timecode names the frame the clip's point element holds, at the clip's timing; a
@@ -283,23 +293,14 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
   if (report_.sheet) {
     for (std::size_t row : match.rows) report_.sheet->rows[row].clips.push_back(clip);
   }
-  for (std::size_t j = 1; j < match.rows.size(); ++j) {
-    const std::size_t copy = match.copy_numbers[j];
+  for (std::size_t j = 0; j < match.rows.size(); ++j) {
+    if (j == 0 && !match.updates_earlier(j)) continue;
     add({.kind = FindingKind::repeated_name,
          .severity = Severity::note,
          .row = sheet_row(match.rows[j]),
          .column = column(kNameHeader),
          .clip = clip,
-         .message =
-             copy != 0
-                 ? fmt::format("row {} repeats the Name of row {}: the merge makes it a subclip, "
-                               "cut from a copy of the clip (id \"{}\")",
-                               sheet_row(match.rows[j]), sheet_row(match.rows[0]),
-                               copy_id(match, copy))
-                 : fmt::format("row {} repeats the Name of row {} without both In and Out, so it "
-                               "logs the clip itself too: where both rows fill a column, the "
-                               "later row's value stands",
-                               sheet_row(match.rows[j]), sheet_row(match.rows[0]))});
+         .message = repeated_name_message(match, j)});
   }
   if (!match.beyond_position_limit) return;
   const std::size_t rows = rows_->size();
@@ -623,8 +624,20 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
     const std::optional<Column> where = column_at(marker.timecode_column);
     const bool read =
         check_frame(marker.timecode, frame, cell(where, "marker timecode"), timing, clip_duration);
-    const std::string name = marker.name ? *marker.name : fmt::format("Marker {}", i + 1);
-    if (!read || !has_marker(placement.markers_after, frame, name)) continue;
+    if (!read || !placement.markers_present[i]) continue;
+    const std::string name = marker_name(marker, i);
+    if (placement.skips_present_markers) {
+      add({.kind = FindingKind::marker_already_present,
+           .severity = Severity::note,
+           .row = at,
+           .column = where,
+           .clip = clip,
+           .message = fmt::format(
+               "the clip already has the marker \"{}\" at \"{}\" (frame {}), as after an earlier "
+               "merge of this row: it is left as it is",
+               name, marker.timecode, frame)});
+      continue;
+    }
     add({.kind = FindingKind::marker_already_present,
          .severity = Severity::warning,
          .row = at,

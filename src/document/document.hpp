@@ -66,6 +66,11 @@ class Element {
   bool is_within(Element ancestor) const;
   // Whether any child of this element is an element.
   bool holds_elements() const;
+  // The first child element named `name` ("*": of any name), or none; all of them, in order; the
+  // last child element, or none. Only children are looked at, never deeper.
+  Element child(std::string_view name) const;
+  std::vector<Element> children(std::string_view name) const;
+  Element last_child() const;
   // First node of an XPath expression evaluated with this element as context node.
   Element first_xpath(const std::string& expression) const;
 

@@ -155,6 +155,36 @@ bool Element::holds_elements() const {
   return xmlFirstElementChild(require(node_, "look into an element")) != nullptr;
 }
 
+namespace {
+
+bool is_named(xmlNodePtr node, std::string_view name) {
+  return name == "*" || text_of(node->name) == name;
+}
+
+}  // namespace
+
+Element Element::child(std::string_view name) const {
+  for (xmlNodePtr node = xmlFirstElementChild(require(node_, "look into an element")); node;
+       node = xmlNextElementSibling(node)) {
+    if (is_named(node, name)) return Element(node);
+  }
+  return Element();
+}
+
+std::vector<Element> Element::children(std::string_view name) const {
+  std::vector<Element> found;
+  for (xmlNodePtr node = xmlFirstElementChild(require(node_, "look into an element")); node;
+       node = xmlNextElementSibling(node)) {
+    if (is_named(node, name)) found.emplace_back(node);
+  }
+  return found;
+}
+
+Element Element::last_child() const {
+  xmlNodePtr last = xmlLastElementChild(require(node_, "look into an element"));
+  return last ? Element(last) : Element();
+}
+
 Element Element::first_xpath(const std::string& expression) const {
   auto found = select_xpath(require(node_, "search an element"), expression, Matches::first);
   return found.empty() ? Element() : Element(found.front());

@@ -105,7 +105,7 @@ void add_clip_item_names(const Document& document, const DescribedFiles& files,
                          std::unordered_map<std::string, std::size_t>& index) {
   for (Element item : document.all("clipitem")) {
     if (!in_sequence(item)) continue;
-    const Element own_name = item.first_xpath("name");
+    const Element own_name = item.child("name");
     std::string text = own_name ? own_name.text() : file_stem(item, &files);
     if (text.empty()) continue;
     const auto [at, added] = index.try_emplace(text, names.size());
@@ -224,7 +224,7 @@ std::string cell_text(const SheetColumn& column, const NamedClips& named,
 // Timecode, name and comment of each marker the clip holds.
 std::vector<std::array<std::string, 3>> markers_in_project(Element clip, const ClipTiming& timing) {
   std::vector<std::array<std::string, 3>> markers;
-  for (Element marker : clip.all("./marker")) {
+  for (Element marker : clip.children("marker")) {
     markers.push_back({point_text(marker.first("in"), timing), text_of(marker.first("name")),
                        text_of(marker.first("comment"))});
   }

@@ -18,6 +18,7 @@
 #include "merge/merge_document.hpp"
 #include "merge/merge_observer.hpp"
 #include "merge/output_file.hpp"
+#include "merge/subclips.hpp"
 #include "sheet/log_sheet.hpp"
 
 namespace pellago {
@@ -168,8 +169,10 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const RowsByName index = index_rows_by_name(rows);
   const DescribedFiles files =
       host.rules.follow_file_references ? described_files(document) : DescribedFiles{};
-  MergeRun run{rows,     index, document, host, report, std::vector<bool>(rows.size()),
-               observer, &files};
+  const EarlierSubclips earlier =
+      host.rules.merge_again_in_place ? earlier_subclips(clips) : EarlierSubclips{};
+  MergeRun run{rows,     index,  document, host, report, std::vector<bool>(rows.size()),
+               observer, &files, &earlier};
   for (std::size_t position = 0; position < clips.size(); ++position) {
     if (cancel_requested(host)) break;
     report_progress(host, MergePhase::merging_clips, position + 1, clips.size());

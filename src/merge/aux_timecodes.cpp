@@ -66,13 +66,13 @@ AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules,
                    const DescribedFiles* files) {
   if (!rules.follow_file_references) {
     const Element format = clip.first(kClipFileFormat);
-    return {clip, format ? std::optional(format.text()) : std::nullopt};
+    return {clip, format ? std::optional(format.text()) : std::nullopt, rules.merge_again_in_place};
   }
   const Element file = described_file(clip, files);
   // Without a file, or with a reference to one described nowhere, nothing can hold them.
-  if (!file || !file.holds_elements()) return {clip, std::nullopt};
+  if (!file || !file.holds_elements()) return {clip, std::nullopt, rules.merge_again_in_place};
   const Element format = file ? file.first(kFileFormat) : Element();
-  AuxPlace place{file, std::nullopt};
+  AuxPlace place{file, std::nullopt, rules.merge_again_in_place};
   if (format) {
     place.display_format = format.text();
   } else if (rules.create_missing_elements) {
@@ -92,14 +92,22 @@ void apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTim
   for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
     const SheetColumn& aux = kAuxColumns[i];
     if (!holds_value(row, aux)) continue;
-    if (Element replaced = found[i]) {
+    const std::int64_t frames =
+        to_frames(*row.field(aux.header), static_cast<double>(timing.timebase), display_format);
+    const Element replaced = found[i];
+    if (replaced && place.replaced_in_place) {
+      const Element timecode = replaced.create_element("timecode");
+      build_aux_timecode(timecode, frames, display_format, kAuxElements[i].value);
+      replaced.insert_after(timecode);
+      replaced.remove();
+      continue;
+    }
+    if (replaced) {
       replaced.remove();
       // What the removed timecode held is gone: look again. The timecode added below matches
       // neither the other source nor "file", so it needs no new look.
       found = aux_elements(place.scope);
     }
-    const std::int64_t frames =
-        to_frames(*row.field(aux.header), static_cast<double>(timing.timebase), display_format);
     const Element file = require_found(found[kFile], kAuxElements[kFile].text,
                                        fmt::format(" to hold \"{}\"", aux.header));
     const Element timecode = file.create_element("timecode");

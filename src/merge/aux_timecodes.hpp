@@ -19,6 +19,9 @@ struct AuxPlace {
   // rules.create_missing_elements the clip's when the file has none. Without one (or without a
   // file to hold them, when the scope is a file) the aux columns write nothing.
   std::optional<std::string> display_format;
+  // A replaced aux timecode's successor takes its place (Rules::merge_again_in_place); otherwise
+  // it goes to the end of the file.
+  bool replaced_in_place = false;
 };
 
 AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules = classic_rules(),

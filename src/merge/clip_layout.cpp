@@ -1,15 +1,11 @@
 #include "merge/clip_layout.hpp"
 
-#include <fmt/format.h>
-
 #include <string>
 
 namespace pellago {
 namespace {
 
-Element child_named(Element parent, std::string_view name) {
-  return parent.first_xpath(fmt::format("./{}", name));
-}
+Element child_named(Element parent, std::string_view name) { return parent.child(name); }
 
 // Inserts `node` among the children of `parent`, whose order is `order`.
 void insert_in_order(Element parent, std::span<const std::string_view> order, Element node) {
@@ -21,7 +17,7 @@ void insert_in_order(Element parent, std::span<const std::string_view> order, El
       return;
     }
   }
-  if (Element first = parent.first_xpath("./*")) {
+  if (Element first = parent.child("*")) {
     first.insert_before(node);
   } else {
     parent.append_child(node);

@@ -2,6 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <optional>
+#include <span>
+
 #include "error.hpp"
 #include "merge/aux_timecodes.hpp"
 #include "merge/logging_fields.hpp"
@@ -25,36 +29,67 @@ void make_copies(ClipMatch& match, MergeRun& run) {
   run.report.subclips_made += match.copy_count();
 }
 
+// Whether the earlier subclip is the one row position j cuts: it has the row's Subclip Name, or,
+// for a row without one, the span of its In and Out in the clip's media.
+bool cut_for_row(Element subclip, std::size_t j, const ClipMatch& match, const MergeRun& run,
+                 std::optional<ClipTiming>& timing) {
+  const LogRow& row = run.rows[match.rows[j]];
+  const std::string* name = row.field(kSubclipNameHeader);
+  if (name && !name->empty()) return subclip.first("name").text() == *name;
+  if (!timing)
+    timing = resolve_clip_timing(match.clip, frame_rates(run.host), run.host.rules, run.files);
+  if (!timing->rate) return false;
+  return is_cut_at(subclip,
+                   FrameSpan{frame_in_clip(*row.field(kInHeader), *timing),
+                             frame_in_clip(*row.field(kOutHeader), *timing)},
+                   read_clip_duration(match.clip));
+}
+
+// The subclips the rows cut beside the clip: those earlier merges cut, and new copies.
+void place_subclips_beside(ClipMatch& match, MergeRun& run) {
+  std::span<const Element> earlier;
+  if (run.earlier && match.id) {
+    if (const auto found = run.earlier->find(*match.id); found != run.earlier->end()) {
+      earlier = found->second;
+    }
+  }
+  std::optional<ClipTiming> timing;
+  make_subclip_copies(match, run.host.rules, earlier, [&](Element subclip, std::size_t j) {
+    return cut_for_row(subclip, j, match, run, timing);
+  });
+  run.report.subclips_made += static_cast<std::size_t>(std::ranges::count(match.reused, false)) - 1;
+}
+
 // The row at row position j of the clip, applied to its target clip.
 void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Rules& rules = run.host.rules;
-  // Copies are taken from the clip as the document has it, or, under the classic rules, once the
-  // first row has cleared its In and Out.
-  const bool copies_due = match.several && j == 0;
-  if (copies_due && match.kept_whole) make_copies(match, run);
   if (run.observer) run.observer->row_started(match, j);
   if (!match.clip_item) clear_empty_in_out(row, match.target(j), rules);
-  if (copies_due && !match.kept_whole) make_copies(match, run);
+  if (match.several && j == 0 && !match.kept_whole) make_copies(match, run);
   if (match.beyond_position_limit) return;
 
   const Element target = match.target(j);
   const ClipTiming timing = resolve_clip_timing(target, frame_rates(run.host), rules, run.files);
-  const std::int64_t clip_duration = read_clip_duration(target);
+  // A subclip beside the clip is cut from the clip's whole length, even one an earlier merge cut.
+  const std::int64_t clip_duration = read_clip_duration(match.kept_whole ? match.clip : target);
   RowPlacement placement = place_row(row, target, timing, match.makes_subclip(j), match.clip_item);
   placement.aux = place_aux(target, timing, rules, run.files);
+  placement.skips_present_markers = rules.merge_again_in_place;
   if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);
   if (match.makes_subclip(j)) apply_subclip(row, target, placement, timing, clip_duration, rules);
   apply_logging_fields(target, row, run.document, rules);
-  apply_markers(row, placement, timing);
-  run.report.markers_added += row.markers.size();
+  run.report.markers_added += apply_markers(row, placement, timing);
   apply_aux_timecodes(placement.aux, row, timing);
 }
 
+// The subclips the rows cut that the document did not have.
 CutClip cut_clip_of(const ClipMatch& match) {
   CutClip cut{.name = match.name, .kept_whole = match.kept_whole};
   for (std::size_t j = 0; j < match.rows.size(); ++j) {
-    if (match.makes_subclip(j)) cut.subclips.push_back(match.target(j).first("name").text());
+    if (match.makes_subclip(j) && !match.updates_earlier(j)) {
+      cut.subclips.push_back(match.target(j).first("name").text());
+    }
   }
   return cut;
 }
@@ -72,7 +107,7 @@ Error in_row(const Error& error, const ClipMatch& match, std::size_t row) {
 // The rows no master clip took that name the clip item, by its own name or its file's.
 std::vector<std::size_t> rows_of_item(Element item, const std::vector<bool>& taken,
                                       const MergeRun& run, std::string& name) {
-  const Element own_name = item.first_xpath("name");
+  const Element own_name = item.child("name");
   for (std::string candidate :
        {own_name ? own_name.text() : std::string(), file_stem(item, run.files)}) {
     const auto found = run.index.find(candidate);
@@ -126,6 +161,7 @@ std::optional<ClipMatch> match_clip(Element clip, const RowsByName& index,
   match.several = match.rows.size() > 1;
   match.kept_whole = rules.subclips_beside_master_clip;
   match.clips = {clip};
+  match.reused = {false};
   std::size_t copies = 0;
   for (std::size_t j = 0; j < match.rows.size(); ++j) {
     const bool copied =
@@ -141,6 +177,18 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   if (match) {
     match->beyond_position_limit = run.host.rules.position_limit && position >= run.rows.size();
   }
+  // Subclips beside the clip are taken from it as the document has it, before any row; under the
+  // classic rules, once its first row has cleared its In and Out.
+  if (match && match->kept_whole && match->copy_count() > 0) {
+    const auto first_cut =
+        std::ranges::find_if(match->copy_numbers, [](std::size_t copy) { return copy != 0; });
+    try {
+      place_subclips_beside(*match, run);
+    } catch (const Error& error) {
+      throw in_row(error, *match,
+                   match->rows[static_cast<std::size_t>(first_cut - match->copy_numbers.begin())]);
+    }
+  }
   if (run.observer && match) run.observer->clip_matched(*match, position);
   if (!match || match->rows.empty()) return;
 
@@ -154,7 +202,9 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
       throw in_row(error, *match, row);
     }
   }
-  if (match->copy_count() > 0) run.report.cut_clips.push_back(cut_clip_of(*match));
+  if (CutClip cut = cut_clip_of(*match); !cut.subclips.empty()) {
+    run.report.cut_clips.push_back(std::move(cut));
+  }
 }
 
 void visit_clip_items(const Document& document, MergeRun& run) {
@@ -178,7 +228,8 @@ void visit_clip_items(const Document& document, MergeRun& run) {
                       .rows = {row},
                       .clip_item = true,
                       .clips = {item},
-                      .copy_numbers = {0}};
+                      .copy_numbers = {0},
+                      .reused = {false}};
       if (run.observer) run.observer->clip_item_matched(match);
       run.row_used[row] = true;
       try {

@@ -21,6 +21,10 @@ using RowsByName = std::unordered_map<std::string, std::vector<std::size_t>>;
 
 RowsByName index_rows_by_name(const std::vector<LogRow>& rows);
 
+// The subclips earlier merges cut, by the id of the clip they were cut from ("A001" for the clip
+// of id "A001 clip01"), each list in document order.
+using EarlierSubclips = std::unordered_map<std::string, std::vector<Element>>;
+
 // One visited clip and the rows that name it.
 struct ClipMatch {
   Element clip;
@@ -40,6 +44,8 @@ struct ClipMatch {
   // after the first has a copy of its own, or, under Rules::subclips_beside_master_clip, every
   // row that cuts a subclip does.
   std::vector<std::size_t> copy_numbers;
+  // reused[k]: clips[k] is a subclip an earlier merge cut, which its row updates.
+  std::vector<bool> reused;
   // The clip stays whole, its subclips beside it (Rules::subclips_beside_master_clip).
   bool kept_whole = false;
 
@@ -48,6 +54,10 @@ struct ClipMatch {
   // Whether row position j turns its target clip into a subclip.
   bool makes_subclip(std::size_t j) const {
     return several && (!kept_whole || copy_numbers[j] != 0);
+  }
+  // Whether row position j updates a subclip an earlier merge cut.
+  bool updates_earlier(std::size_t j) const {
+    return copy_numbers[j] < reused.size() && reused[copy_numbers[j]];
   }
   // How many copies the rows need.
   std::size_t copy_count() const {
@@ -80,6 +90,8 @@ struct MergeRun {
   std::vector<bool> row_used;             // row_used[i]: row i named at least one clip
   MergeObserver* observer = nullptr;      // told what the merge does, for a check; none in a merge
   const DescribedFiles* files = nullptr;  // what file references stand for, when followed
+  // The subclips earlier merges cut, when the rules update them.
+  const EarlierSubclips* earlier = nullptr;
 };
 
 // Matches the clip and applies each matching row to its target clip. Any error while a row is

@@ -42,9 +42,8 @@ const MarkerColor* find_marker_color(std::string_view name) {
 
 // <marker> <in>F</in> <out>-1</out> <name>Marker N</name> <comment/> <color><alpha>0</alpha>
 // <red>255</red><green>0</green><blue>0</blue></color> </marker>, with the entry's texts in place
-// of the name, the comment and the colour it gives.
-void build_marker(Element marker, std::int64_t frame, std::size_t number,
-                  const MarkerEntry& entry) {
+// of the name, the comment and the colour it gives; the entry is the row's marker at `index`.
+void build_marker(Element marker, std::int64_t frame, const MarkerEntry& entry, std::size_t index) {
   const MarkerColor* color = entry.color ? find_marker_color(*entry.color) : nullptr;
   if (!color) color = &kMarkerColors[0];
   marker.append_text(" ");
@@ -52,7 +51,7 @@ void build_marker(Element marker, std::int64_t frame, std::size_t number,
   marker.append_text(" ");
   marker.append_element("out", "-1");
   marker.append_text(" ");
-  marker.append_element("name", entry.name ? *entry.name : fmt::format("Marker {}", number));
+  marker.append_element("name", marker_name(entry, index));
   marker.append_text(" ");
   marker.append_element("comment", entry.comment ? *entry.comment : std::string());
   marker.append_text(" ");
@@ -72,17 +71,22 @@ std::vector<std::string_view> marker_color_names() {
   return names;
 }
 
-void apply_markers(const LogRow& row, const RowPlacement& placement, const ClipTiming& timing) {
-  if (row.markers.empty()) return;
+std::size_t apply_markers(const LogRow& row, const RowPlacement& placement,
+                          const ClipTiming& timing) {
+  if (row.markers.empty()) return 0;
   const std::vector<std::int64_t>& frames = planned(placement.marker_frames, timing);
   // A marker holds no media or file element, so the anchor stays the same while they are added.
   const Element media = require_found(placement.markers_after, placement.markers_after_name,
                                       " to place its markers after");
+  std::size_t added = 0;
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
+    if (placement.skips_present_markers && placement.markers_present[i]) continue;
     const Element marker = media.create_element("marker");
-    build_marker(marker, frames[i], i + 1, row.markers[i]);
+    build_marker(marker, frames[i], row.markers[i], i);
     media.insert_after(marker);
+    ++added;
   }
+  return added;
 }
 
 }  // namespace pellago

@@ -45,8 +45,8 @@ void fill_from_referred_file(Element clip, const DescribedFiles& files,
 
 // The file's own timecode: its first <timecode> whose <source> names no aux timecode.
 Element source_timecode(Element file) {
-  for (Element timecode : file.all("./timecode")) {
-    const Element source = timecode.first_xpath("./source");
+  for (Element timecode : file.children("timecode")) {
+    const Element source = timecode.child("source");
     if (!source || !source.text().starts_with("aux")) return timecode;
   }
   return Element();
@@ -58,8 +58,8 @@ std::int64_t source_start_frame(Element clip, const DescribedFiles* files,
   const Element file = described_file(clip, files);
   const Element timecode = file ? source_timecode(file) : Element();
   if (!timecode) return 0;
-  if (const Element frame = timecode.first_xpath("./frame")) return read_integer(frame.text());
-  const Element string = timecode.first_xpath("./string");
+  if (const Element frame = timecode.child("frame")) return read_integer(frame.text());
+  const Element string = timecode.child("string");
   if (!string) return 0;
   const double rate = timing.rate ? timing.rate->fcp_rate : static_cast<double>(timing.timebase);
   return to_frames(string.text(), rate, timing.display_format);
@@ -78,7 +78,7 @@ FrameRate rate_of_timebase(std::int64_t timebase, bool ntsc) {
 
 Element described_file(Element clip, const DescribedFiles* files) {
   // A clip item shows its own file, not one of a sequence nested in it.
-  const Element file = clip.name() == "clipitem" ? clip.first_xpath("./file") : clip.first("file");
+  const Element file = clip.name() == "clipitem" ? clip.child("file") : clip.first("file");
   if (!file || file.holds_elements() || !files) return file;
   const std::optional<std::string> id = file.attribute("id");
   const auto found = id ? files->find(*id) : files->end();

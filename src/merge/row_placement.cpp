@@ -1,10 +1,35 @@
 #include "merge/row_placement.hpp"
 
+#include <fmt/format.h>
+
 #include "merge/subclips.hpp"
 #include "sheet/columns.hpp"
+#include "timecode/read_integer.hpp"
 #include "timecode/to_frames.hpp"
 
 namespace pellago {
+
+namespace {
+
+// Whether the element holding `anchor` has a marker of its own at `frame` named `name`.
+bool has_marker(Element anchor, std::int64_t frame, const std::string& name) {
+  if (!anchor) return false;
+  const Element holder = anchor.parent();
+  for (Element marker : holder.children("marker")) {
+    const Element in = marker.first("in");
+    const Element marker_name = marker.first("name");
+    if (in && marker_name && read_integer(in.text()) == frame && marker_name.text() == name) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string marker_name(const MarkerEntry& marker, std::size_t index) {
+  return marker.name ? *marker.name : fmt::format("Marker {}", index + 1);
+}
 
 std::int64_t frame_in_clip(const std::string& timecode, const ClipTiming& timing) {
   return to_frames(timecode, rate_entry(timing).fcp_rate, timing.display_format) -
@@ -24,8 +49,8 @@ RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing
   // A clip item takes them after its own file; without one (a nested sequence, a generator), at
   // its end.
   if (!row.markers.empty() && clip_item) {
-    placement.markers_after = clip.first_xpath("./file");
-    if (!placement.markers_after) placement.markers_after = clip.first_xpath("./*[last()]");
+    placement.markers_after = clip.child("file");
+    if (!placement.markers_after) placement.markers_after = clip.last_child();
   }
   if (!timing.rate) return placement;
   if (makes_subclip && cuts_subclip(row)) {
@@ -34,8 +59,10 @@ RowPlacement place_row(const LogRow& row, Element clip, const ClipTiming& timing
   }
   if (!row.markers.empty()) {
     std::vector<std::int64_t>& frames = placement.marker_frames.emplace();
-    for (const MarkerEntry& marker : row.markers) {
-      frames.push_back(frame_in_clip(marker.timecode, timing));
+    for (std::size_t i = 0; i < row.markers.size(); ++i) {
+      frames.push_back(frame_in_clip(row.markers[i].timecode, timing));
+      placement.markers_present.push_back(
+          has_marker(placement.markers_after, frames.back(), marker_name(row.markers[i], i)));
     }
   }
   return placement;

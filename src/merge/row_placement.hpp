@@ -13,6 +13,9 @@
 
 namespace pellago {
 
+// The name of the row's marker at `index` (from 0): its Marker Name, or "Marker 1", "Marker 2"...
+std::string marker_name(const MarkerEntry& marker, std::size_t index);
+
 // A timecode as a frame count from the clip's start, at the clip's rate entry and display format;
 // throws Error (rate_entry's) when the clip has none.
 std::int64_t frame_in_clip(const std::string& timecode, const ClipTiming& timing);
@@ -37,6 +40,11 @@ struct RowPlacement {
   // (its last child when it has none).
   Element markers_after;
   std::string_view markers_after_name;
+  // For each of the row's markers, whether the clip has a marker at its frame with its name
+  // already; when it has markers and frames.
+  std::vector<bool> markers_present;
+  // Markers present already are not added again (Rules::merge_again_in_place).
+  bool skips_present_markers = false;
   // Where the row's aux timecodes go.
   AuxPlace aux;
 };

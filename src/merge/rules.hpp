@@ -40,9 +40,18 @@ struct Rules {
   // Of the rows that name one clip, those that cut a subclip (In and Out both hold timecodes) each
   // get a copy of the clip, inserted after it; the others log the clip itself, which otherwise
   // keeps its name, duration, in, out, links and clip items. A subclip without a Subclip Name
-  // keeps the clip's name, its clip items too. Without this switch the first row cuts the clip
-  // itself and every further row cuts a copy appended to the clip's parent.
+  // is named as Final Cut Pro 7 names one ("A001 Subclip"), its clip items too. Without this switch
+  // the first row cuts the clip itself and every further row cuts a copy appended to the clip's
+  // parent.
   bool subclips_beside_master_clip = false;
+  // What merging a sheet again into a merge's output would add twice is updated instead: a marker
+  // at the frame and with the name of one its clip has is not added; a row that cuts a subclip an
+  // earlier merge cut from its clip (a copy of it named as the row's Subclip Name, or, for a row
+  // without one, cut at the same In and Out) writes into that subclip, whose clip items' offsets
+  // are set again rather than given a second <subclipinfo>, and a new copy takes a copy number
+  // not yet in use; an aux timecode is replaced where it stands. Without this switch markers and
+  // copies are always added, and a replaced aux timecode goes to the end of its file.
+  bool merge_again_in_place = false;
 };
 
 // The rules the merge has always followed: for the Ruby module and --classic.
@@ -59,7 +68,8 @@ constexpr Rules default_rules() {
                .rates_beyond_the_table = true,
                .missing_ntsc_is_false = true,
                .create_missing_elements = true,
-               .subclips_beside_master_clip = true};
+               .subclips_beside_master_clip = true,
+               .merge_again_in_place = true};
 }
 
 // The classic rules when asked for, the default ones otherwise.

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <ranges>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "error.hpp"
@@ -144,6 +146,14 @@ void cut_track_clip_item(Element item, std::size_t ordinal, const std::string& n
       add_child_in_order(item, kClipItemChildren, selector, text);
     }
   }
+  // An earlier merge's subclipinfo is set again, where the rules update it in place.
+  if (const Element earlier = item.child("subclipinfo"); earlier && rules.merge_again_in_place) {
+    for (const auto& [name, offset] : {std::pair{"startoffset", frames.start_offset},
+                                       std::pair{"endoffset", frames.end_offset}}) {
+      if (const Element held = earlier.child(name)) held.set_text(std::to_string(offset));
+    }
+    return;
+  }
   // <subclipinfo> <startoffset>S</startoffset> <endoffset>E</endoffset> </subclipinfo>
   const Element info = item.create_element("subclipinfo");
   info.append_text(" ");
@@ -181,7 +191,8 @@ void clear_empty_in_out(const LogRow& row, Element clip, const Rules& rules) {
   clear_point_if_empty(row, clip, kOutHeader, kOut, rules);
 }
 
-void make_subclip_copies(ClipMatch& match, const Rules& rules) {
+void make_subclip_copies(ClipMatch& match, const Rules& rules, std::span<const Element> earlier,
+                         const SubclipWanted& wanted) {
   const bool beside = rules.subclips_beside_master_clip;
   if (!beside) remove_links(match.clip, rules);
   if (!match.id && !rules.create_missing_elements) {
@@ -190,13 +201,59 @@ void make_subclip_copies(ClipMatch& match, const Rules& rules) {
   const Element parent = match.clip.parent();
   if (!parent)
     throw Error("it is the document's root element, so its subclip copies have no place");
-  for (std::size_t copy_number = 1; copy_number <= match.copy_count(); ++copy_number) {
-    const Element copy = beside ? match.clips.back().insert_after_on_own_line(match.clip.copy())
+  std::unordered_set<std::string> ids_in_use;
+  Element last = match.clip;  // the new copies follow the clip and the subclips beside it
+  for (Element subclip : earlier) {
+    ids_in_use.insert(subclip.attribute("id").value_or(""));
+    if (subclip.parent() == parent) last = subclip;
+  }
+  std::vector<bool> taken(earlier.size());
+  std::size_t copy_number = 0;
+  for (std::size_t j = 0; j < match.rows.size(); ++j) {
+    if (match.copy_numbers[j] == 0) continue;
+    const auto found = std::ranges::find_if(
+        std::views::iota(std::size_t{0}, earlier.size()),
+        [&](std::size_t e) { return !taken[e] && wanted && wanted(earlier[e], j); });
+    if (*found < earlier.size()) {
+      taken[*found] = true;
+      match.clips.push_back(earlier[*found]);
+      match.reused.push_back(true);
+      continue;
+    }
+    do {
+      ++copy_number;
+    } while (ids_in_use.contains(copy_id(match, copy_number)));
+    const Element copy = beside ? last.insert_after_on_own_line(match.clip.copy())
                                 : parent.append_child(match.clip.copy());
-    if (beside) remove_links(copy, rules);
+    last = copy;
+    if (beside) {
+      remove_links(copy, rules);
+      // Named as Final Cut Pro 7 names a new subclip, until the row gives it a name.
+      required(copy, "name").set_text(match.name + " Subclip");
+    }
     rename_copy(match, copy, copy_number, rules);
     match.clips.push_back(copy);
+    match.reused.push_back(false);
   }
+}
+
+EarlierSubclips earlier_subclips(const std::vector<Element>& clips) {
+  EarlierSubclips earlier;
+  for (Element clip : clips) {
+    const std::optional<std::string> id = clip.attribute("id");
+    if (!id) continue;
+    std::string original = id_copied_from(*id);
+    if (original != *id) earlier[std::move(original)].push_back(clip);
+  }
+  return earlier;
+}
+
+bool is_cut_at(Element subclip, const FrameSpan& span, std::int64_t clip_duration) {
+  const Element offset = subclip.first("track/clipitem/subclipinfo/startoffset");
+  const Element duration = subclip.first("duration");
+  const SubclipFrames frames = subclip_frames(span, clip_duration);
+  return offset && duration && read_integer(offset.text()) == frames.start_offset &&
+         read_integer(duration.text()) == frames.duration;
 }
 
 std::int64_t read_clip_duration(Element clip) {

@@ -1,6 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "document/document.hpp"
 #include "merge/clip_match.hpp"
@@ -19,13 +24,26 @@ bool cuts_subclip(const LogRow& row);
 // throws Error, or under rules.create_missing_elements gets one holding -1 after its rate.
 void clear_empty_in_out(const LogRow& row, Element clip, const Rules& rules = classic_rules());
 
-// Makes match.copy_count() renamed deep copies of the clip and appends them to match.clips. Copy
-// k gets the id "ID clip0k" (the clip's name stands in for a missing id under
+// The subclips among `clips` (in document order) that earlier merges cut.
+EarlierSubclips earlier_subclips(const std::vector<Element>& clips);
+
+// Whether the subclip is the one a row cuts from `span` of its clip (of `clip_duration` frames):
+// its duration and its first track clip item's start offset are the ones the row gives it.
+bool is_cut_at(Element subclip, const FrameSpan& span, std::int64_t clip_duration);
+
+// Whether the earlier subclip is the one the row at row position j of the match cuts.
+using SubclipWanted = std::function<bool(Element subclip, std::size_t j)>;
+
+// Fills match.clips with a clip for each copy number of match.copy_numbers, in row order: one of
+// `earlier` (subclips an earlier merge cut from the clip) that `wanted` says the row cuts, or a
+// renamed deep copy of the clip. Copy k gets the first id "ID clip0n" (n = 1, 2...) that neither
+// an earlier subclip nor another copy has (the clip's name stands in for a missing id under
 // rules.create_missing_elements), no uuid, every masterclipid set to that id, and clip item i the
-// id "ID clipitem0ki". Under rules.subclips_beside_master_clip the copies stand right after the
-// clip, without its links, and the clip keeps them; otherwise the clip's links are removed and the
-// copies are appended to its parent.
-void make_subclip_copies(ClipMatch& match, const Rules& rules = classic_rules());
+// id "ID clipitem0ni". Under rules.subclips_beside_master_clip the copies stand right after the
+// clip and its earlier subclips, without its links, and the clip keeps them; otherwise the clip's
+// links are removed and the copies are appended to its parent.
+void make_subclip_copies(ClipMatch& match, const Rules& rules = classic_rules(),
+                         std::span<const Element> earlier = {}, const SubclipWanted& wanted = {});
 
 // The id of copy number `copy` (1 for the second row) of the clip with id `clip_id`: "ID clip01".
 std::string copy_id(const std::string& clip_id, std::size_t copy);

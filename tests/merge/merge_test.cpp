@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "document/document.hpp"
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
 #include "merge/merge_files.hpp"
@@ -161,6 +162,40 @@ TEST_F(MergeTest, ExampleSheetMergesIntoTheExampleExport) {
                                   .subclips = {"Boat arrives", "Rope throw", "Wide harbour"}}));
   EXPECT_EQ(report.markers_added, 6u);
   EXPECT_EQ(report.rows_unmatched, 1u);
+}
+
+// Under the default rules a sheet merged into its own output changes nothing, and an updated sheet
+// updates the subclips and markers it made instead of adding more.
+TEST_F(MergeTest, MergingAgainUpdatesWhatTheFirstMergeMade) {
+  Host host;
+  host.rules = default_rules();
+  const std::string sheet = source_path("examples/log_sheet.xlsx").string();
+  add_log_notes(sheet, source_path("examples/project.xml"), path("once.xml"), host);
+  const MergeReport again = add_log_notes(sheet, path("once.xml"), path("twice.xml"), host);
+  EXPECT_EQ(read_file(path("twice.xml")), read_file(path("once.xml")));
+  EXPECT_EQ(again.subclips_made, 0u);
+  EXPECT_EQ(again.markers_added, 0u);
+  EXPECT_THAT(again.cut_clips, IsEmpty());
+
+  // "Rope throw" gets a new Out; a row without a Subclip Name cuts a new subclip, whose copy
+  // number follows those in use, and finds it again by its In and Out.
+  write_xlsx(
+      path("update.xlsx"),
+      {{"Name", "Subclip Name", "In", "Out", "Marker Timecode", "Marker Name"},
+       {"A001_C002_0611AB", "Rope throw", "10:02:50:10", "10:03:00:00", "10:02:58:00", "Catch"},
+       {"A001_C002_0611AB", "", "10:01:00:00", "10:01:10:00", "", ""}});
+  const MergeReport updated =
+      add_log_notes(path("update.xlsx"), path("once.xml"), path("updated.xml"), host);
+  EXPECT_EQ(updated.subclips_made, 1u);
+  EXPECT_EQ(updated.markers_added, 0u);
+  add_log_notes(path("update.xlsx"), path("updated.xml"), path("updated_twice.xml"), host);
+  EXPECT_EQ(read_file(path("updated_twice.xml")), read_file(path("updated.xml")));
+  const Document document = Document::parse_file(path("updated.xml"));
+  const Element rope = document.first_xpath("//clip[name='Rope throw']");
+  EXPECT_EQ(*rope.attribute("id"), "A001_C002_0611AB clip02");
+  EXPECT_EQ(rope.first("duration").text(), "241");
+  EXPECT_EQ(rope.all("subclipinfo").size(), rope.all("track/clipitem").size());
+  EXPECT_TRUE(document.first_xpath("//clip[@id='A001_C002_0611AB clip04']"));
 }
 
 TEST_F(MergeTest, CancellingStopsAtTheNextClipAndWritesNothing) {

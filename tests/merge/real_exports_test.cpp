@@ -216,6 +216,11 @@ TEST_P(RealExportNamesTest, EveryColumnLandsInEveryElementItNames) {
     expect_logged(target);
     expect_marked(document, target, logged);
   }
+  // Merged again into its output, the sheet changes nothing.
+  Host host;
+  host.rules = default_rules();
+  add_log_notes(path("log.xlsx"), path("out.xml"), path("again.xml"), host);
+  EXPECT_EQ(read_file(path("again.xml")), read_file(path("out.xml")));
 }
 
 INSTANTIATE_TEST_SUITE_P(
