@@ -51,7 +51,7 @@ struct CheckArguments {
   std::string xml;
   bool json = false;
   bool changes = false;
-  bool classic = false;
+  RulesFlags rules;
 };
 
 std::string clip_text(const ClipRef& clip) {
@@ -179,7 +179,7 @@ void print(const std::string& text, std::FILE* stream) { std::fputs(text.c_str()
 int run_check(const CheckArguments& arguments) {
   const CheckReport report =
       check(arguments.sheet, arguments.xml,
-            CheckOptions{.changes = arguments.changes, .rules = rules_for(arguments.classic)});
+            CheckOptions{.changes = arguments.changes, .rules = arguments.rules.rules()});
   if (report.merge.outcome == Outcome::not_a_log_sheet) {
     print(fmt::format("pellago: {}\n", not_a_log_sheet_message(arguments.sheet)), stderr);
     return kExitNotALogSheet;
@@ -218,7 +218,7 @@ void add_check_command(CLI::App& app, int& status) {
   command->add_flag("--json", arguments->json, "Print one JSON document");
   command->add_flag("--changes", arguments->changes,
                     "Also list every change the merge would make to the document");
-  command->add_flag("--classic", arguments->classic, kClassicFlag);
+  add_rules_flags(*command, arguments->rules);
   command->callback([arguments, &status] { status = run_check(*arguments); });
 }
 

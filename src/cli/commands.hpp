@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "merge/rules.hpp"
+
 namespace pellago::cli {
 
 // Exit statuses that scripts depend on.
@@ -15,12 +17,16 @@ inline constexpr int kExitError = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitNotALogSheet = 3;
 
-// The help of --classic, which merge and check share.
-inline constexpr const char* kClassicFlag =
-    "Follow the classic rules, as the Ruby module does: only master clips are logged, file "
-    "references are not followed, ntsc is TRUE or FALSE exactly, a clip cut into subclips becomes "
-    "the first of them, and clips further down the document than the sheet has rows are only "
-    "partly logged";
+// The flags that choose the merge's rules, which merge and check share.
+struct RulesFlags {
+  bool classic = false;
+  bool recover = false;
+  bool strict = false;
+
+  Rules rules() const;
+};
+
+void add_rules_flags(CLI::App& command, RulesFlags& flags);
 
 // "1 clip", "2 clips": a count and its noun, plural unless the count is 1.
 inline std::string counted(std::size_t count, std::string_view noun) {

@@ -50,9 +50,10 @@ left as it was on any error. OUTPUT - writes to standard output (the summary
 then goes to standard error). An OUTPUT that exists and is not a regular file
 (a device, a FIFO), or that is SHEET itself, is refused.
 
-An XML document that is not well-formed is merged as far as it can be read:
-a warning names the first error's line and column, and clips after it may be
-missing. --strict refuses such a document instead.
+An XML document that is not well-formed is refused, naming the first error's
+line and column. --recover merges it as far as it can be read: a warning names
+the line, and clips after it may be missing (--classic does so too, unless
+--strict).
 
 A text that XML 1.0 cannot hold (a control character, U+FFFE, U+FFFF) ends
 the merge with an error naming the sheet row, the column and the character.
@@ -79,8 +80,7 @@ struct MergeOptions {
   std::string xml;
   std::string output;
   bool quiet = false;
-  bool strict = false;
-  bool classic = false;
+  RulesFlags rules;
 };
 
 // One line per column of the sheet: its header and what it does.
@@ -146,8 +146,7 @@ int run_merge(const MergeOptions& options) {
   std::optional<ProgressBar> bar;
   Host host;
   host.keep_document_until_exit = true;
-  host.strict = options.strict;
-  host.rules = rules_for(options.classic);
+  host.rules = options.rules.rules();
   if (!options.quiet && isatty(STDERR_FILENO)) bar.emplace().attach_to(host);
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);
@@ -176,10 +175,7 @@ void add_merge_command(CLI::App& app, int& status) {
       ->required();
   merge->add_option("OUTPUT", options->output, "Where to write the merged document")->required();
   merge->add_flag("-q,--quiet", options->quiet, "Show no progress line");
-  merge->add_flag("--strict", options->strict,
-                  "Refuse an XML document that is not well-formed instead of merging what can be "
-                  "recovered from it");
-  merge->add_flag("--classic", options->classic, kClassicFlag);
+  add_rules_flags(*merge, options->rules);
   merge->callback([options, &status] { status = run_merge(*options); });
 }
 

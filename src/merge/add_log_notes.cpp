@@ -117,8 +117,9 @@ void report_progress(const Host& host, MergePhase phase, std::size_t done = 0,
 void refuse_recovered(const RecoveredErrors& errors, const std::string& xml_path) {
   if (errors.count == 0) return;
   throw Error(
-      fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} in all); a strict "
-                  "merge refuses it",
+      fmt::format("\"{}\" is not well-formed XML: line {}, column {}: {} ({} in all); nothing is "
+                  "merged, as the clips after that line would be lost: export it again, or "
+                  "merge what can be read with --recover",
                   xml_path, errors.line, errors.column, errors.message,
                   errors.count == 1 ? "1 error" : fmt::format("{} errors", errors.count)));
 }
@@ -159,7 +160,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (observer) observer->sheet_read(*sheet_rows.workbook, headers, rows);
   if (xml_failure) std::rethrow_exception(xml_failure);
   Document document = std::move(*parsed);
-  if (host.strict) refuse_recovered(document.recovered_errors(), xml_path);
+  if (host.rules.refuse_malformed_xml) refuse_recovered(document.recovered_errors(), xml_path);
   if (observer) observer->document_read(document, xml_path);
   set_update_behaviors(document);
   const std::vector<Element> clips = document.all("clip");

@@ -39,8 +39,6 @@ struct Host {
   bool keep_document_until_exit = false;
   // The rules of the merge.
   Rules rules = classic_rules();
-  // Refuse an XML document that is not well-formed instead of merging what could be recovered.
-  bool strict = false;
   // Asked before each clip is visited and once more before the output is written, on the calling
   // thread: true stops the merge there, writes nothing and ends it with Outcome::cancelled.
   std::function<bool()> cancel_requested;
@@ -76,9 +74,9 @@ struct MergeReport {
 // output_path (which may be xml_path; "-" is standard output). A sheet whose extension is not
 // exactly ".xls" or ".xlsx" is not a log sheet: nothing is read or written. An output path that
 // exists and is not a regular file, or is the sheet itself, is refused before anything is read.
-// A malformed XML document is merged as far as it could be recovered (see MergeReport::recovered),
-// or refused when host.strict is set. A cancelled merge reports what it did up to then and writes
-// nothing. Every failure throws Error and leaves output_path as it was.
+// A malformed XML document is refused under host.rules.refuse_malformed_xml, or merged as far as it
+// could be recovered (see MergeReport::recovered). A cancelled merge reports what it did up to then
+// and writes nothing. Every failure throws Error and leaves output_path as it was.
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host = {});
 

@@ -6,6 +6,9 @@ namespace pellago {
 // switch: the steps read a switch where they would otherwise branch on a mode, and a reader sees
 // here every way the default rules depart from the classic ones.
 struct Rules {
+  // An XML document that is not well-formed is refused; otherwise what the parser recovers of it
+  // is merged, and the clips after its first error may be lost.
+  bool refuse_malformed_xml = false;
   // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
   // file's name without its extension, is that Name: logging fields and markers, never In, Out
   // or subclips.
@@ -60,7 +63,8 @@ constexpr Rules classic_rules() { return Rules{}; }
 // The rules for exports and sheets as real applications and loggers write them: what the program,
 // the app and the Python module use unless asked for the classic rules.
 constexpr Rules default_rules() {
-  return Rules{.log_clip_items = true,
+  return Rules{.refuse_malformed_xml = true,
+               .log_clip_items = true,
                .position_limit = false,
                .follow_file_references = true,
                .start_at_source_timecode = true,

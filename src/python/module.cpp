@@ -115,13 +115,20 @@ class ProgressCallback {
   std::exception_ptr raised_;
 };
 
+// The rules classic=... and recover=... ask for: recover, when given, decides whether a document
+// that is not well-formed is merged as far as it can be read.
+Rules chosen_rules(bool classic, std::optional<bool> recover) {
+  Rules rules = rules_for(classic);
+  if (recover) rules.refuse_malformed_xml = !*recover;
+  return rules;
+}
+
 MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::path& xml,
                   const std::filesystem::path& output, std::optional<py::function> progress,
-                  bool strict, bool classic) {
+                  std::optional<bool> recover, bool classic) {
   std::optional<ProgressCallback> callback;
   Host host;
-  host.strict = strict;
-  host.rules = rules_for(classic);
+  host.rules = chosen_rules(classic, recover);
   if (progress) {
     callback.emplace(std::move(*progress));
     host.progress = [&callback](const ProgressReport& report) { callback->report(report); };
@@ -139,12 +146,13 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
 // An input that cannot be read raises OSError, as it does for merge; any other failure of the
 // merge is part of the report (CheckReport::error and a merge_fails finding).
 CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesystem::path& xml,
-                        bool changes, bool classic) {
+                        bool changes, std::optional<bool> recover, bool classic) {
   CheckReport report;
   {
     py::gil_scoped_release release;
-    report = pellago::check(sheet.string(), xml.string(),
-                            CheckOptions{.changes = changes, .rules = rules_for(classic)});
+    report =
+        pellago::check(sheet.string(), xml.string(),
+                       CheckOptions{.changes = changes, .rules = chosen_rules(classic, recover)});
   }
   if (report.error && report.system_error != 0) throw Error(*report.error, report.system_error);
   return report;
@@ -296,9 +304,10 @@ cancels the merge before its next clip: nothing is written and the outcome is Ou
 An exception raised by progress cancels it too, and is raised again by merge once the merge has
 stopped.
 
-A document that is not well-formed XML is merged as far as the parser could recover it: the
-report's `recovered` says how many errors were repaired and where the first was (clips after it
-may be missing from the output). With strict=True such a document raises pellago.Error instead.
+A document that is not well-formed XML raises pellago.Error naming its first error's line and
+column. With recover=True it is merged as far as the parser could recover it: the report's
+`recovered` says how many errors were repaired and where the first was (clips after it may be
+missing from the output). classic=True recovers unless recover=False.
 
 Raises OSError when a file cannot be read or written and pellago.Error when the sheet or the
 document cannot be merged; the message names the file, or the clip and sheet row.)";
@@ -476,9 +485,9 @@ PYBIND11_MODULE(pellago, module) {
       .def("__repr__", [](const Sheet& sheet) { return repr(sheet); });
 
   module.def("merge", &merge, kMergeDoc, "sheet"_a, "xml"_a, "output"_a, py::kw_only(),
-             "progress"_a = py::none(), "strict"_a = false, "classic"_a = false);
+             "progress"_a = py::none(), "recover"_a = py::none(), "classic"_a = false);
   module.def("check", &check_sheet, kCheckDoc, "sheet"_a, "xml"_a, py::kw_only(),
-             "changes"_a = false, "classic"_a = false);
+             "changes"_a = false, "recover"_a = py::none(), "classic"_a = false);
   module.def("inspect", &inspect, kInspectDoc, "sheet"_a);
   module.def("to_frames", &to_frames, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
 }

@@ -258,7 +258,7 @@ def merge(
         Callable[[int, int, MergePhase], Optional[bool]],
         None,
     ] = None,
-    strict: bool = False,
+    recover: Optional[bool] = None,
     classic: bool = False,
 ) -> MergeReport:
     """Merges `sheet` into the document `xml` and writes the result to `output` (may be `xml`;
@@ -268,14 +268,20 @@ def merge(
     that takes a third argument gets the MergePhase too, and is also called, with 0 and 0, as
     reading the sheet, reading the XML and writing begin. Returning False, or raising, cancels
     before the next clip: nothing is written. A sheet not named .xls or .xlsx gives
-    Outcome.not_a_log_sheet. A document that is not well-formed is merged as far as it could be
-    recovered (see MergeReport.recovered), or refused with strict=True. Raises OSError for files
+    Outcome.not_a_log_sheet. A document that is not well-formed raises pellago.Error, or with
+    recover=True is merged as far as it could be recovered (see MergeReport.recovered); classic
+    rules recover unless recover=False. Raises OSError for files
     that cannot be read or written, pellago.Error for anything else that stops the merge;
     nothing is written then. classic=True merges by the classic rules, as the Ruby module does.
     """
 
 def check(
-    sheet: _Path, xml: _Path, *, changes: bool = False, classic: bool = False
+    sheet: _Path,
+    xml: _Path,
+    *,
+    changes: bool = False,
+    recover: Optional[bool] = None,
+    classic: bool = False,
 ) -> CheckReport:
     """Runs the merge in memory, writing nothing: the findings about the sheet and, with
     changes=True, every change the merge would make. A merge that would fail gives its message

@@ -99,9 +99,10 @@ expect_same "$scratch/stdout" "$merged" "standard output"
 status=${PIPESTATUS[0]}
 [[ $status -eq 1 || $status -eq 0 ]] || fail "a closed standard output ended the merge with status $status"
 
-# Recovered documents: a truncated export or a NUL byte halfway merges what was read, with one
-# warning line naming the file, line, column and error count, and a note in the summary; nothing
-# else from the parser reaches stderr. --strict refuses them and writes nothing.
+# Damaged documents: a truncated export or a NUL byte halfway is refused, naming the line, and
+# nothing is written (--classic --strict too); --recover, or --classic, merges what was read, with
+# one warning line naming the file, line, column and error count, and a note in the summary;
+# nothing else from the parser reaches stderr.
 head -c 2000 "$project" >"$scratch/truncated.xml"
 {
   head -c 3000 "$project"
@@ -109,12 +110,14 @@ head -c 2000 "$project" >"$scratch/truncated.xml"
   tail -c +3001 "$project"
 } >"$scratch/nul.xml"
 for xml in truncated nul; do
-  run merge "$sheet" "$scratch/$xml.xml" "$scratch/recovered.xml"
+  run merge --recover "$sheet" "$scratch/$xml.xml" "$scratch/recovered.xml"
   expect_status 0 "$xml document" "pellago: warning: $scratch/$xml.xml is not well-formed XML: line *, column * error*"
   [[ $out == *"; clips after line "*" of $scratch/$xml.xml may be missing; run 'pellago check' to see why" ]] || fail "$xml summary '$out'"
-  run merge --strict "$sheet" "$scratch/$xml.xml" "$scratch/strict.xml"
-  expect_status 1 "$xml document, --strict" "pellago: \"$scratch/$xml.xml\" is not well-formed XML: line *"
-  [[ ! -e $scratch/strict.xml ]] || fail "--strict wrote a file for the $xml document"
+  for flags in "" "--classic --strict"; do
+    run merge $flags "$sheet" "$scratch/$xml.xml" "$scratch/refused.xml"
+    expect_status 1 "$xml document, refused" "pellago: \"$scratch/$xml.xml\" is not well-formed XML: line *--recover"
+    [[ ! -e $scratch/refused.xml ]] || fail "a file was written for the $xml document"
+  done
 done
 
 # A read-only folder, and a file size limit (a full disk) that makes the write fail: status 1, the

@@ -268,9 +268,9 @@ TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
   EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
 }
 
-// A document that is not well-formed merges what could be recovered and says so as data; a strict
-// merge refuses it and writes nothing.
-TEST_F(MergeTest, RecoveredDocumentIsReportedOrRefusedWhenStrict) {
+// A document that is not well-formed merges what could be recovered under the classic rules and
+// says so as data; the default rules refuse it and write nothing.
+TEST_F(MergeTest, RecoveredDocumentIsReportedOrRefusedByDefault) {
   const std::string project = read_file(source_path("examples/project.xml"));
   write_file(path("cut.xml"),
              project.substr(0, project.find("<clip id=\"B001_C002_0611CD\">") + 40));
@@ -286,12 +286,12 @@ TEST_F(MergeTest, RecoveredDocumentIsReportedOrRefusedWhenStrict) {
                 .recovered.count,
             0u);
 
-  Host strict;
-  strict.strict = true;
+  Host host;
+  host.rules = default_rules();
   EXPECT_THAT(
       [&] {
         add_log_notes(source_path("examples/log_sheet.xlsx"), path("cut.xml"), path("strict.xml"),
-                      strict);
+                      host);
       },
       ThrowsMessage<Error>(HasSubstr("is not well-formed XML: line ")));
   EXPECT_FALSE(std::filesystem::exists(path("strict.xml")));

@@ -94,19 +94,19 @@ def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
     assert sorted(path.name for path in tmp_path.iterdir()) == ["earlier.xml", "out.xml"]
 
 
-def test_a_recovered_document_is_reported_or_refused_when_strict(tmp_path):
+def test_a_damaged_document_is_refused_unless_recovered(tmp_path):
     project = PROJECT.read_text()
     cut = tmp_path / "cut.xml"
     cut.write_text(project[: project.index('<clip id="B001_C002_0611CD">') + 40])
-    warning = run_cli("merge", "--quiet", SHEET, cut, tmp_path / "cli.xml").stderr
+    warning = run_cli("merge", "--quiet", "--recover", SHEET, cut, tmp_path / "cli.xml").stderr
 
-    report = pellago.merge(SHEET, cut, tmp_path / "python.xml")
+    report = pellago.merge(SHEET, cut, tmp_path / "python.xml", recover=True)
 
     recovered = report.recovered
     assert (report.clips_visited, recovered.count > 0, recovered.line > 1) == (4, True, True)
     assert f"line {recovered.line}" in warning and recovered.message in warning
     with pytest.raises(pellago.Error, match="is not well-formed XML: line "):
-        pellago.merge(SHEET, cut, tmp_path / "strict.xml", strict=True)
+        pellago.merge(SHEET, cut, tmp_path / "strict.xml")
     assert not (tmp_path / "strict.xml").exists()
 
 
