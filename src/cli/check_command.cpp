@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -41,10 +42,10 @@ clips after it may be missing).
 texts (old and new), elements added and removed, subclip copies made.
 --json prints one JSON document instead (its shape is in the README).
 
-Exit status: 0 no findings; 4 findings; 1 the merge would fail or an input cannot
-be read (the error as 'pellago merge' words it, on standard error; a failure at a
-sheet row, column or clip is also listed as a finding there); 2 wrong usage; 3
-SHEET does not end in .xls or .xlsx.)";
+Exit status: 0 no findings, or notes only; 4 a warning; 1 the merge would fail
+or an input cannot be read (the error as 'pellago merge' words it, on standard
+error; a failure at a sheet row, column or clip is also listed as a finding
+there); 2 wrong usage; 3 SHEET does not end in .xls or .xlsx.)";
 
 struct CheckArguments {
   std::string sheet;
@@ -202,7 +203,10 @@ int run_check(const CheckArguments& arguments) {
     print(fmt::format("pellago: {}\n", *report.error), stderr);
     return kExitError;
   }
-  return report.findings.empty() ? kExitOk : kExitFindings;
+  // Notes say what the merge will do as asked (subclips, what a second merge leaves alone).
+  const bool worth_a_look = std::ranges::any_of(
+      report.findings, [](const Finding& finding) { return finding.severity != Severity::note; });
+  return worth_a_look ? kExitFindings : kExitOk;
 }
 
 }  // namespace

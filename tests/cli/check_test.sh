@@ -21,6 +21,13 @@ run check "$data/check_clean.xlsx" "$project"
 expect_status 0 "clean sheet"
 [[ $out == "0 findings; a merge would visit 6 clips (5 changed, 0 subclips made, 2 markers added); 0 sheet rows matched no clip" ]] ||
   fail "clean sheet says '$out'"
+# Checked again against its own merge, it finds its markers there: notes only, status 0.
+"$pellago" merge "$data/check_clean.xlsx" "$project" "$scratch/clean.xml" >/dev/null
+run check "$data/check_clean.xlsx" "$scratch/clean.xml"
+expect_status 0 "notes only"
+[[ $out == *"note: the clip already has the marker"*"2 findings; "*"0 markers added"* ]] ||
+  fail "notes only says '$out'"
+rm "$scratch/clean.xml"
 
 # Under the classic rules, a clip further down the document than the sheet has rows, one line per
 # finding; the default rules log it in full.
