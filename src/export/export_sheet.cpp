@@ -17,6 +17,7 @@
 #include "document/document.hpp"
 #include "error.hpp"
 #include "merge/clip_match.hpp"
+#include "merge/merge_document.hpp"
 #include "merge/output_file.hpp"
 #include "merge/required_element.hpp"
 #include "merge/resolve_clip_timing.hpp"
@@ -402,6 +403,7 @@ ExportReport export_log_sheet(const std::string& xml_path, const std::string& sh
   }
   check_output_target(sheet_path);
   const Document document = Document::parse_file(xml_path);
+  require_xmeml_root(document, xml_path);
   ExportReport report;
   report.recovered = document.recovered_errors();
   const Timing timing{described_files(document)};

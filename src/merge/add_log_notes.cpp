@@ -128,6 +128,20 @@ bool cancel_requested(const Host& host) { return host.cancel_requested && host.c
 
 }  // namespace
 
+void require_xmeml_root(const Document& document, const std::string& xml_path) {
+  const Element root = document.root();
+  if (root && root.name() == "xmeml") return;
+  const RecoveredErrors& errors = document.recovered_errors();
+  const std::string first_error =
+      errors.count == 0
+          ? std::string()
+          : fmt::format(" (line {}, column {}: {})", errors.line, errors.column, errors.message);
+  throw Error(fmt::format("\"{}\" is not a Final Cut Pro XML export: {}{}", xml_path,
+                          root ? fmt::format("its root element is <{}>, not <xmeml>", root.name())
+                               : std::string("it holds no XML element"),
+                          first_error));
+}
+
 bool is_blank(const LogRow& row) {
   return row.markers.empty() &&
          std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
@@ -160,6 +174,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   if (observer) observer->sheet_read(*sheet_rows.workbook, headers, rows);
   if (xml_failure) std::rethrow_exception(xml_failure);
   Document document = std::move(*parsed);
+  require_xmeml_root(document, xml_path);
   if (host.rules.refuse_malformed_xml) refuse_recovered(document.recovered_errors(), xml_path);
   if (observer) observer->document_read(document, xml_path);
   set_update_behaviors(document);

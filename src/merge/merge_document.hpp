@@ -21,6 +21,10 @@ struct MergedDocument {
 MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
                               const Host& host, MergeObserver* observer);
 
+// Throws Error unless the document's root element is <xmeml>: whatever else the parser made of a
+// file (another format, or nothing readable at all) is no export to merge into or log.
+void require_xmeml_root(const Document& document, const std::string& xml_path);
+
 // A row whose fields are all empty text and that has no marker.
 bool is_blank(const LogRow& row);
 

@@ -266,6 +266,29 @@ TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
     EXPECT_EQ(error.system_error, ENOENT);
   }
   EXPECT_EQ(read_file(path("out.xml")), "earlier output\n");
+
+  // What is no export is refused under any rules, even as the output itself: a program, a
+  // byte-order mark alone, a workbook, another XML format.
+  const std::vector<std::pair<std::string, std::string>> not_exports{
+      {"\x7f"
+       "ELF\x02\x01\x01",
+       "it holds no XML element"},
+      {"\xef\xbb\xbf", "it holds no XML element"},
+      {read_file(path("log.xlsx")), "it holds no XML element"},
+      {"<html><body/></html>", "its root element is <html>, not <xmeml>"}};
+  for (const auto& [bytes, why] : not_exports) {
+    write_file(path("in_place.xml"), bytes);
+    for (const Rules& rules : {classic_rules(), default_rules()}) {
+      Host host;
+      host.rules = rules;
+      EXPECT_THAT(
+          [&] {
+            add_log_notes(path("log.xlsx"), path("in_place.xml"), path("in_place.xml"), host);
+          },
+          ThrowsMessage<Error>(HasSubstr("is not a Final Cut Pro XML export: " + why)));
+      EXPECT_EQ(read_file(path("in_place.xml")), bytes);
+    }
+  }
 }
 
 // A document that is not well-formed merges what could be recovered under the classic rules and
