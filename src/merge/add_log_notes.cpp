@@ -26,12 +26,15 @@ namespace pellago {
 namespace {
 
 std::vector<LogRow> read_rows(const Workbook& workbook, const std::vector<Cell>& headers,
-                              const std::string& sheet_path) {
+                              const std::string& sheet_path, const Rules& rules) {
+  std::vector<LogRow> rows;
   try {
-    return read_log_rows(workbook, headers);
+    rows = read_log_rows(workbook, headers);
   } catch (const Error& error) {
     throw Error(fmt::format("{}: {}", sheet_path, error.what()), error);
   }
+  if (rules.blank_cells_change_nothing) leave_out_blank_cells(rows);
+  return rows;
 }
 
 // Memory a thread frees stays in its own malloc arena, where the calling thread's allocations do
@@ -55,10 +58,11 @@ struct SheetRows {
 // whichever thread it runs, and the calling thread's stay as they are.
 std::future<SheetRows> read_rest_in_background(WorkbookReading& reading,
                                                const std::vector<Cell>& headers,
-                                               const std::string& sheet_path, bool keep_workbook) {
-  auto read_rest = [&reading, &headers, &sheet_path, keep_workbook] {
+                                               const std::string& sheet_path, const Rules& rules,
+                                               bool keep_workbook) {
+  auto read_rest = [&reading, &headers, &sheet_path, &rules, keep_workbook] {
     SheetRows sheet{.workbook = reading.finish(), .rows = {}};
-    sheet.rows = read_rows(*sheet.workbook, headers, sheet_path);
+    sheet.rows = read_rows(*sheet.workbook, headers, sheet_path, rules);
     // A plain merge frees the cells now, before the document has grown.
     if (!keep_workbook) {
       sheet.workbook.reset();
@@ -158,7 +162,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const std::vector<Cell> headers = read_header_row(reading.sheet());
   if (host.set_column_headers) host.set_column_headers(headers);
   std::future<SheetRows> sheet =
-      read_rest_in_background(reading, headers, sheet_path, observer != nullptr);
+      read_rest_in_background(reading, headers, sheet_path, host.rules, observer != nullptr);
 
   report_progress(host, MergePhase::reading_xml);
   std::optional<Document> parsed;

@@ -9,6 +9,10 @@ struct Rules {
   // An XML document that is not well-formed is refused; otherwise what the parser recovers of it
   // is merged, and the clips after its first error may be lost.
   bool refuse_malformed_xml = false;
+  // An empty cell changes nothing, as an absent column does: its In or Out point, Good, logging
+  // fields and marker texts stay as the clip has them (an empty Marker Name gives "Marker 1"...).
+  // Otherwise an empty cell writes the empty text, clears In and Out and marks a clip not good.
+  bool blank_cells_change_nothing = false;
   // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
   // file's name without its extension, is that Name: logging fields and markers, never In, Out
   // or subclips.
@@ -64,6 +68,7 @@ constexpr Rules classic_rules() { return Rules{}; }
 // the app and the Python module use unless asked for the classic rules.
 constexpr Rules default_rules() {
   return Rules{.refuse_malformed_xml = true,
+               .blank_cells_change_nothing = true,
                .log_clip_items = true,
                .position_limit = false,
                .follow_file_references = true,

@@ -59,14 +59,14 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .export_width = 28},
     {.header = "In",
      .role = ColumnRole::in_point,
-     .summary = "an empty cell clears the clip's In point; with several rows, where the row's "
-                "subclip starts",
+     .summary = "with several rows, where the row's subclip starts (--classic: an empty cell "
+                "clears the clip's In point)",
      .element = "in",
      .export_width = 13},
     {.header = "Out",
      .role = ColumnRole::out_point,
-     .summary = "an empty cell clears the clip's Out point; with several rows, where the row's "
-                "subclip ends",
+     .summary = "with several rows, where the row's subclip ends (--classic: an empty cell "
+                "clears the clip's Out point)",
      .element = "out",
      .export_width = 13},
     {.header = "Subclip Name",

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -152,9 +153,24 @@ std::string column_letters(int column) {
 const std::string* LogRow::field(std::string_view header) const {
   if (!headers) return nullptr;
   for (std::size_t i = 0; i < headers->size(); ++i) {
-    if ((*headers)[i] == header) return &value(i);
+    if ((*headers)[i] != header) continue;
+    return blank_is_absent && value(i).empty() ? nullptr : &value(i);
   }
   return nullptr;
+}
+
+void leave_out_blank_cells(std::vector<LogRow>& rows) {
+  const auto leave_out_if_empty = [](std::optional<std::string>& text) {
+    if (text && text->empty()) text.reset();
+  };
+  for (LogRow& row : rows) {
+    row.blank_is_absent = true;
+    for (MarkerEntry& marker : row.markers) {
+      leave_out_if_empty(marker.name);
+      leave_out_if_empty(marker.comment);
+      leave_out_if_empty(marker.color);
+    }
+  }
 }
 
 const std::string& LogRow::value(std::size_t slot) const {

@@ -35,13 +35,20 @@ struct LogRow {
   // a sheet with far-away rows costs next to nothing per empty row: read them through value().
   std::vector<std::string> values;
   std::vector<MarkerEntry> markers;
+  // An empty cell reads as absent, as if its column were not there (see leave_out_blank_cells).
+  bool blank_is_absent = false;
 
   // The cell text under `header`, or nullptr when no ordinary column has that header (absent,
-  // which differs from the empty text of an empty cell).
+  // which differs from the empty text of an empty cell) or, with blank_is_absent, when the cell is
+  // empty.
   const std::string* field(std::string_view header) const;
   // The cell text under (*headers)[slot]; the empty text past the end of values.
   const std::string& value(std::size_t slot) const;
 };
+
+// Makes every empty cell of the rows read as absent: their fields, and the name, comment and
+// colour of their markers.
+void leave_out_blank_cells(std::vector<LogRow>& rows);
 
 // The header of a column showing what a clip holds already under `header`, a header the merge
 // reads: "Marker Timecode (in project)". The merge reads no such column; the export writes them.

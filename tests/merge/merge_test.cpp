@@ -198,6 +198,26 @@ TEST_F(MergeTest, MergingAgainUpdatesWhatTheFirstMergeMade) {
   EXPECT_TRUE(document.first_xpath("//clip[@id='A001_C002_0611AB clip04']"));
 }
 
+// A clip with marked In and Out points, Good and a scene: a row of empty cells leaves them under
+// the default rules, as if it named the clip only; under the classic rules it clears them.
+TEST_F(MergeTest, BlankCellsChangeNothingUnderTheDefaultRules) {
+  const std::string clip = "B001_C002_0611CD";
+  write_xlsx(path("blank.xlsx"),
+             {{"Name", "In", "Out", "Good", "Scene", "Log Note"}, {clip, "", "", "", "", ""}});
+  write_xlsx(path("name.xlsx"), {{"Name"}, {clip}});
+  const auto merged = [&](const std::string& sheet, const Rules& rules) {
+    Host host;
+    host.rules = rules;
+    add_log_notes(path(sheet), source_path("examples/project.xml"), path("out.xml"), host);
+    return read_file(path("out.xml"));
+  };
+  EXPECT_EQ(merged("blank.xlsx", default_rules()), merged("name.xlsx", default_rules()));
+  const Document classic = Document::parse_string(merged("blank.xlsx", classic_rules()));
+  const Element cleared = classic.first_xpath("//clip[@id='B001_C002_0611CD']");
+  EXPECT_EQ(cleared.first("in").text(), "-1");
+  EXPECT_EQ(cleared.first("logginginfo/good").text(), "FALSE");
+}
+
 TEST_F(MergeTest, CancellingStopsAtTheNextClipAndWritesNothing) {
   write_file(path("out.xml"), "earlier output\n");
   for (const int cancel_after : {3, 6}) {
