@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -211,12 +210,13 @@ void make_subclip_copies(ClipMatch& match, const Rules& rules, std::span<const E
   std::size_t copy_number = 0;
   for (std::size_t j = 0; j < match.rows.size(); ++j) {
     if (match.copy_numbers[j] == 0) continue;
-    const auto found = std::ranges::find_if(
-        std::views::iota(std::size_t{0}, earlier.size()),
-        [&](std::size_t e) { return !taken[e] && wanted && wanted(earlier[e], j); });
-    if (*found < earlier.size()) {
-      taken[*found] = true;
-      match.clips.push_back(earlier[*found]);
+    std::size_t found = 0;
+    while (found < earlier.size() && (taken[found] || !wanted || !wanted(earlier[found], j))) {
+      ++found;
+    }
+    if (found < earlier.size()) {
+      taken[found] = true;
+      match.clips.push_back(earlier[found]);
       match.reused.push_back(true);
       continue;
     }
