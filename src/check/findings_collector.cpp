@@ -74,10 +74,10 @@ std::string quoted_list(const std::vector<std::string>& names) {
 }
 
 // A Good cell that a person means as yes but that the merge reads as FALSE.
+// A word a logger may mean as a yes, whatever the merge makes of it.
 bool looks_like_yes(const std::string& cell) {
   static const std::vector<std::string> kYes{"yes", "y", "true", "x", "1", "1.0", "ok", "good"};
-  return good_flag(cell) == "FALSE" &&
-         std::find(kYes.begin(), kYes.end(), lower_ascii(std::string(trimmed(cell)))) != kYes.end();
+  return std::find(kYes.begin(), kYes.end(), lower_ascii(std::string(trimmed(cell)))) != kYes.end();
 }
 
 bool digit_at(std::string_view text, std::size_t i) {
@@ -463,7 +463,22 @@ void FindingsCollector::check_words(const ClipMatch& match, std::size_t j, const
 }
 
 void FindingsCollector::check_cells(const LogRow& row, int at, const ClipRef& clip) {
-  if (const std::string* good = row.field(kGoodHeader); good && looks_like_yes(*good)) {
+  const std::string* good = row.field(kGoodHeader);
+  const std::optional<std::string> flag =
+      good ? good_flag(*good, options_.rules) : std::optional<std::string>();
+  if (good && !flag) {
+    add({.kind = FindingKind::good_word_unknown,
+         .severity = Severity::warning,
+         .row = at,
+         .column = column(kGoodHeader),
+         .clip = clip,
+         .message = fmt::format("the Good cell reads \"{}\", which is neither a yes (yes, y, true, "
+                                "x, a tick, 1) nor a "
+                                "no (no, n, false, 0): the clip's Good is left as it is",
+                                *good),
+         .suggestion = "write \"yes\" or \"no\""});
+  }
+  if (flag == "FALSE" && looks_like_yes(*good)) {
     add({.kind = FindingKind::good_not_yes,
          .severity = Severity::warning,
          .row = at,

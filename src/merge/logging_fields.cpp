@@ -11,6 +11,7 @@
 #include "merge/clip_layout.hpp"
 #include "merge/required_element.hpp"
 #include "sheet/columns.hpp"
+#include "timecode/trimmed.hpp"
 
 namespace pellago {
 namespace {
@@ -117,12 +118,19 @@ Element first_or_none(const std::vector<Element>& elements) {
 
 }  // namespace
 
-std::string good_flag(std::string_view cell) {
-  std::string lowered(cell);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return lowered == "yes" || lowered == "y" ? "TRUE" : "FALSE";
+std::optional<std::string> good_flag(std::string_view cell, const Rules& rules) {
+  if (!rules.good_words) {
+    const std::string lowered = lower_ascii(std::string(cell));
+    return lowered == "yes" || lowered == "y" ? "TRUE" : "FALSE";
+  }
+  // A TRUE or FALSE cell reads "true" or "false", a number cell "1.0" or "0.0".
+  static constexpr std::array<std::string_view, 8> kYes{"yes", "y",   "true",   "x",
+                                                        "1",   "1.0", "\u2713", "\u2714"};
+  static constexpr std::array<std::string_view, 5> kNo{"no", "n", "false", "0", "0.0"};
+  const std::string word = lower_ascii(std::string(trimmed(cell)));
+  if (std::ranges::find(kYes, word) != kYes.end()) return "TRUE";
+  if (std::ranges::find(kNo, word) != kNo.end()) return "FALSE";
+  return std::nullopt;
 }
 
 void apply_logging_fields(Element clip, const LogRow& row, Document& document, const Rules& rules) {
@@ -131,7 +139,10 @@ void apply_logging_fields(Element clip, const LogRow& row, Document& document, c
     const SheetColumn& field = kLoggingFields[i];
     const std::string* cell = row.field(field.header);
     if (cell == nullptr) continue;
-    const std::string text = field.role == ColumnRole::good ? good_flag(*cell) : *cell;
+    const std::optional<std::string> written =
+        field.role == ColumnRole::good ? good_flag(*cell, rules) : *cell;
+    if (!written) continue;
+    const std::string& text = *written;
     const std::vector<Element> elements = still_in(clip, found[i]);
     if (elements.empty() && rules.create_missing_elements) {
       add_in_place(clip, kLookups.selectors[i], text);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +18,9 @@ namespace pellago {
 void apply_logging_fields(Element clip, const LogRow& row, Document& document,
                           const Rules& rules = classic_rules());
 
-// "TRUE" for a Good cell reading yes or y in any ASCII letter case, nothing around it; else
-// "FALSE".
-std::string good_flag(std::string_view cell);
+// What a Good cell writes: "TRUE" for yes or y in any ASCII letter case, nothing around it, else
+// "FALSE"; under rules.good_words, "TRUE" or "FALSE" for the words that mean them, and none for
+// any other text.
+std::optional<std::string> good_flag(std::string_view cell, const Rules& rules = classic_rules());
 
 }  // namespace pellago

@@ -13,6 +13,11 @@ struct Rules {
   // fields and marker texts stay as the clip has them (an empty Marker Name gives "Marker 1"...).
   // Otherwise an empty cell writes the empty text, clears In and Out and marks a clip not good.
   bool blank_cells_change_nothing = false;
+  // Good reads the words loggers mark a circled take with, in any letter case, blanks around
+  // ignored: yes, y, true, x, a tick (✓ ✔), 1 or a TRUE cell mark the clip good; no, n, false, 0
+  // or a FALSE cell mark it not good; any other text leaves its Good as it is. Otherwise yes or y,
+  // exactly but for letter case, mark it good and any other text not good.
+  bool good_words = false;
   // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
   // file's name without its extension, is that Name: logging fields and markers, never In, Out
   // or subclips.
@@ -69,6 +74,7 @@ constexpr Rules classic_rules() { return Rules{}; }
 constexpr Rules default_rules() {
   return Rules{.refuse_malformed_xml = true,
                .blank_cells_change_nothing = true,
+               .good_words = true,
                .log_clip_items = true,
                .position_limit = false,
                .follow_file_references = true,

@@ -108,6 +108,7 @@ class FindingKind:
     recovered_xml: ClassVar[FindingKind]
     in_out_on_clip_item: ClassVar[FindingKind]
     aux_not_written: ClassVar[FindingKind]
+    good_word_unknown: ClassVar[FindingKind]
     @property
     def name(self) -> str: ...
     @property

@@ -75,7 +75,9 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .export_width = 20},
     {.header = "Good",
      .role = ColumnRole::good,
-     .summary = "yes or y (any letter case) marks the clip good; other text, not good",
+     .summary = "yes, y, true, x, a tick or 1 (any letter case) marks the clip good; no, n, "
+                "false or 0 not good; other text leaves it (--classic: yes or y good, other text "
+                "not good)",
      .element = "logginginfo/good",
      .write = ElementWrite::every_match,
      .export_width = 7},

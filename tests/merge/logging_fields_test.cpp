@@ -56,16 +56,26 @@ TEST(LoggingFields, LaterFieldsSeeWhatEarlierFieldsLeft) {
   EXPECT_EQ(logged(clip, row), Document::parse_string(expected).write());
 }
 
-TEST(LoggingFields, GoodIsTrueOnlyForYesOrYInAnyLetterCase) {
-  const std::pair<std::string, std::string> cases[] = {
+// The classic rules: TRUE only for yes or y in any letter case. The default rules: the words
+// loggers use for yes and no; any other word writes nothing.
+TEST(LoggingFields, GoodReadsTheWordsTheRulesKnow) {
+  const std::pair<std::string, std::string> classic[] = {
       {"yEs", "TRUE"},   {"Y", "TRUE"},     {"y", "TRUE"}, {" yes", "FALSE"},
       {"yes ", "FALSE"}, {"true", "FALSE"}, {"", "FALSE"}, {"yess", "FALSE"}};
-  for (const auto& [cell, flag] : cases) {
-    Document document = Document::parse_string(read_data("steps_clip.xml"));
-    Element clip = document.first("clip");
-    apply_logging_fields(clip, make_row({{"Good", cell}}), document);
-    for (Element good : clip.all("logginginfo/good")) EXPECT_EQ(good.text(), flag) << cell;
-  }
+  for (const auto& [cell, flag] : classic) EXPECT_EQ(good_flag(cell), flag) << cell;
+  const std::pair<std::string, std::optional<std::string>> words[] = {
+      {" Yes ", "TRUE"},  {"TRUE", "TRUE"},     {"x", "TRUE"},         {"\u2714", "TRUE"},
+      {"1.0", "TRUE"},    {"No", "FALSE"},      {"n", "FALSE"},        {"0", "FALSE"},
+      {"false", "FALSE"}, {"ok", std::nullopt}, {"yess", std::nullopt}};
+  for (const auto& [cell, flag] : words) EXPECT_EQ(good_flag(cell, default_rules()), flag) << cell;
+
+  Document document = Document::parse_string(read_data("steps_clip.xml"));
+  Element clip = document.first("clip");
+  const std::string before = document.write();
+  apply_logging_fields(clip, make_row({{"Good", "maybe"}}), document, default_rules());
+  EXPECT_EQ(document.write(), before);
+  apply_logging_fields(clip, make_row({{"Good", "\u2713"}}), document, default_rules());
+  for (Element good : clip.all("logginginfo/good")) EXPECT_EQ(good.text(), "TRUE");
 }
 
 TEST(LoggingFields, AbsentColumnsAreSkippedAndEmptyCellsClearTheirElements) {
