@@ -58,11 +58,16 @@ std::string path_of(xmlNodePtr node) {
 
 }  // namespace
 
+void ChangeRecord::sheet_read(const Workbook&, const std::vector<Cell>&,
+                              const std::vector<LogRow>& rows) {
+  rows_ = &rows;
+}
+
 void ChangeRecord::document_read(Document& document, const std::string&) { document.observe(this); }
 
 void ChangeRecord::row_started(const ClipMatch& match, std::size_t j) {
   record_copies(match);
-  row_ = sheet_row(match.rows[j]);
+  row_ = (*rows_)[match.rows[j]].sheet_row;
   clip_name_ = match.name;
 }
 
@@ -94,7 +99,7 @@ void ChangeRecord::record_copies(const ClipMatch& match) {
     const Element copy = match.target(j);
     if (std::find(copies_.begin(), copies_.end(), copy.node()) == copies_.end()) continue;
     record({.kind = ChangeKind::subclip_made,
-            .row = sheet_row(match.rows[j]),
+            .row = (*rows_)[match.rows[j]].sheet_row,
             .clip = ClipRef{match.name, copy.attribute("id")},
             .element = "clip",
             .content = leaves_of(copy)});

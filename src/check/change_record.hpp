@@ -17,6 +17,8 @@ namespace pellago {
 struct ChangeRecord final : MergeObserver, EditObserver {
   explicit ChangeRecord(std::vector<Change>& changes) : changes_(changes) {}
 
+  void sheet_read(const Workbook& workbook, const std::vector<Cell>& headers,
+                  const std::vector<LogRow>& rows) override;
   void document_read(Document& document, const std::string& xml_path) override;
   void row_started(const ClipMatch& match, std::size_t j) override;
 
@@ -32,6 +34,7 @@ struct ChangeRecord final : MergeObserver, EditObserver {
   void record_copies(const ClipMatch& match);
 
   std::vector<Change>& changes_;
+  const std::vector<LogRow>* rows_ = nullptr;
   // The row being applied and the name its clip was matched by.
   std::optional<int> row_;
   std::optional<std::string> clip_name_;

@@ -21,9 +21,10 @@ namespace pellago {
 namespace {
 
 // What the merge does with row position j of a clip that several rows name.
-std::string repeated_name_message(const ClipMatch& match, std::size_t j) {
-  const int row = sheet_row(match.rows[j]);
-  const int first = sheet_row(match.rows[0]);
+std::string repeated_name_message(const ClipMatch& match, std::size_t j,
+                                  const std::vector<LogRow>& rows) {
+  const int row = rows[match.rows[j]].sheet_row;
+  const int first = rows[match.rows[0]].sheet_row;
   const std::size_t copy = match.copy_numbers[j];
   if (copy == 0) {
     return fmt::format(
@@ -198,9 +199,40 @@ void FindingsCollector::sheet_read(const Workbook& workbook, const std::vector<C
     SheetAsRead& sheet = report_.sheet.emplace();
     sheet.headers = headers;
     sheet.rows.reserve(rows.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) sheet.rows.push_back({sheet_row(i), rows[i], {}});
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      sheet.rows.push_back({rows[i].sheet_row, rows[i], {}});
   }
   check_headers();
+  check_untitled_columns();
+}
+
+// Cells the merge leaves out for want of a header above them: a note beside the table.
+void FindingsCollector::check_untitled_columns() {
+  for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
+    if (!is_untitled(headers_[column - 1])) continue;
+    int cells = 0;
+    const LogRow* first = nullptr;
+    for (const LogRow& row : *rows_) {
+      if (cell_text(workbook_->cell(row.sheet_row, column)).empty()) continue;
+      if (!first) first = &row;
+      ++cells;
+    }
+    if (!first) continue;
+    const std::string letters = column_letters(column);
+    const std::string text = cell_text(workbook_->cell(first->sheet_row, column));
+    add({.kind = FindingKind::cell_without_header,
+         .severity = Severity::warning,
+         .row = first->sheet_row,
+         .column = Column{.header = "", .letter = letters},
+         .message = cells == 1 ? fmt::format("column {} has no header, so the merge does not read "
+                                             "its cell {}{} (\"{}\")",
+                                             letters, letters, first->sheet_row, text)
+                               : fmt::format("column {} has no header, so the merge reads none of "
+                                             "its {} cells (the first at {}{}: \"{}\")",
+                                             letters, cells, letters, first->sheet_row, text),
+         .suggestion =
+             "give the column a header the merge reads, or move the notes off the sheet"});
+  }
 }
 
 void FindingsCollector::check_headers() {
@@ -278,7 +310,7 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
     for (std::size_t row : match.rows) {
       add({.kind = FindingKind::earlier_subclip,
            .severity = Severity::warning,
-           .row = sheet_row(row),
+           .row = row_at(row),
            .column = column(kNameHeader),
            .clip = clip,
            .message = fmt::format(
@@ -297,24 +329,24 @@ void FindingsCollector::clip_matched(const ClipMatch& match, std::size_t positio
     if (j == 0 && !match.updates_earlier(j)) continue;
     add({.kind = FindingKind::repeated_name,
          .severity = Severity::note,
-         .row = sheet_row(match.rows[j]),
+         .row = row_at(match.rows[j]),
          .column = column(kNameHeader),
          .clip = clip,
-         .message = repeated_name_message(match, j)});
+         .message = repeated_name_message(match, j, *rows_)});
   }
   if (!match.beyond_position_limit) return;
   const std::size_t rows = rows_->size();
   for (std::size_t row : match.rows) {
     add({.kind = FindingKind::position_limit,
          .severity = Severity::warning,
-         .row = sheet_row(row),
+         .row = row_at(row),
          .clip = clip,
          .message = fmt::format(
              "clip \"{}\" stands at position {} of the document (counting from 0), not below "
              "the sheet's {} data rows: row {} only clears its In/Out and makes subclip "
              "copies; its duration, subclip, logging fields, markers and aux timecodes are "
              "not written",
-             match.name, position, rows, sheet_row(row)),
+             match.name, position, rows, row_at(row)),
          .suggestion = fmt::format("add {} more data row{} (blank rows count) to the sheet",
                                    position + 1 - rows, position + 1 - rows == 1 ? "" : "s")});
   }
@@ -338,7 +370,7 @@ void FindingsCollector::clip_item_matched(const ClipMatch& match) {
   item_rows_reported_[position] = true;
   add({.kind = FindingKind::in_out_on_clip_item,
        .severity = Severity::warning,
-       .row = sheet_row(position),
+       .row = row_at(position),
        .column = column(*kept),
        .clip = ClipRef{match.name, match.id},
        .message = fmt::format(
@@ -353,8 +385,8 @@ void FindingsCollector::row_placed(const ClipMatch& match, std::size_t j, const 
                                    std::int64_t clip_duration, const RowPlacement& placement) {
   const std::size_t position = match.rows[j];
   const ClipRef clip{match.name, match.id};
-  check_cells((*rows_)[position], sheet_row(position), clip);
-  check_number_cells(sheet_row(position), clip);
+  check_cells((*rows_)[position], row_at(position), clip);
+  check_number_cells(row_at(position), clip);
   check_single_row(match, j, timing);
   check_words(match, j, timing, placement);
   check_timecodes(match, j, timing, clip_duration, placement);
@@ -392,7 +424,7 @@ void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
   }
   add({.kind = FindingKind::in_out_on_single_row,
        .severity = Severity::warning,
-       .row = sheet_row(match.rows[j]),
+       .row = row_at(match.rows[j]),
        .column = column(kInHeader),
        .clip = ClipRef{match.name, match.id},
        .message = fmt::format(
@@ -408,7 +440,7 @@ void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,
 void FindingsCollector::check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                                     const RowPlacement& placement) {
   const LogRow& row = (*rows_)[match.rows[j]];
-  const int at = sheet_row(match.rows[j]);
+  const int at = row_at(match.rows[j]);
   const ClipRef clip{match.name, match.id};
   std::optional<Column> converting;  // the first column whose timecodes use the clip's rate
   if (match.makes_subclip(j) && cuts_subclip(row)) {
@@ -607,7 +639,7 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
                                         const ClipTiming& timing, std::int64_t clip_duration,
                                         const RowPlacement& placement) {
   const LogRow& row = (*rows_)[match.rows[j]];
-  const int at = sheet_row(match.rows[j]);
+  const int at = row_at(match.rows[j]);
   const ClipRef clip{match.name, match.id};
   const auto cell = [&](std::optional<Column> where, std::string_view what) {
     return TimecodeCell{at, std::move(where), clip, what};
@@ -718,12 +750,12 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
     if (!name) {
       add({.kind = FindingKind::unmatched_name,
            .severity = Severity::warning,
-           .row = sheet_row(position),
+           .row = row_at(position),
            .message = "the sheet has no \"Name\" column, so no row names a clip",
            .suggestion = "head the column of clip names \"Name\""});
       continue;
     }
-    if (check_earlier_subclips(*name, sheet_row(position), subclips_by_origin)) continue;
+    if (check_earlier_subclips(*name, row_at(position), subclips_by_origin)) continue;
     std::optional<ClipRef> same;
     NearMiss reasons;
     if (!by_key) by_key = clips_by_near_miss_key(clips_);
@@ -743,7 +775,7 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
       message += fmt::format("; the clip \"{}\" would match if {} were set aside", same->name,
                              describe(reasons));
       suggestion = fmt::format("write \"{}\"", same->name);
-      if (whole_number_typed(workbook_->cell(sheet_row(position), column_index(kNameHeader)))) {
+      if (whole_number_typed(workbook_->cell(row_at(position), column_index(kNameHeader)))) {
         suggestion = fmt::format("format the Name column as text and type {} again", same->name);
       }
     } else if (!name->empty()) {
@@ -752,7 +784,7 @@ void FindingsCollector::check_unmatched(const std::vector<bool>& row_used) {
     }
     add({.kind = FindingKind::unmatched_name,
          .severity = Severity::warning,
-         .row = sheet_row(position),
+         .row = row_at(position),
          .column = name_column,
          .clip = std::move(same),
          .message = std::move(message),
@@ -790,7 +822,7 @@ void FindingsCollector::check_shared_names() {
       if (!row_name || *row_name != name) continue;
       add({.kind = FindingKind::shared_clip_name,
            .severity = Severity::warning,
-           .row = sheet_row(position),
+           .row = row_at(position),
            .column = column(kNameHeader),
            .clip = clips.front(),
            .message = fmt::format("{} clips are named \"{}\" (ids {}): each of them gets this row",

@@ -42,6 +42,8 @@ struct FindingsCollector final : MergeObserver {
 
  private:
   int column_index(std::string_view header) const;  // 0 when no column has the header
+  // The sheet row of the row at `position` among the sheet's rows.
+  int row_at(std::size_t position) const { return (*rows_)[position].sheet_row; }
   std::optional<Column> column(std::string_view header) const;
   std::optional<Column> column_at(int column) const;
   // A row's findings wait to be put in sheet order; the others go into the report at once.
@@ -57,6 +59,7 @@ struct FindingsCollector final : MergeObserver {
   };
   void check_number_cells(int at, const ClipRef& clip);
   void check_single_row(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
+  void check_untitled_columns();
   void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing,
                    const RowPlacement& placement);
   void check_timecodes(const ClipMatch& match, std::size_t j, const ClipTiming& timing,

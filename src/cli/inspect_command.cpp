@@ -77,7 +77,7 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
       fmt::format("{{\n  \"headers\": {},\n  \"rows\": [", dump_at_depth(header_list, 1)).c_str(),
       stdout);
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    const Json row = row_json(rows[i], sheet_row(i));
+    const Json row = row_json(rows[i], rows[i].sheet_row);
     std::fputs(fmt::format("{}\n    {}", i == 0 ? "" : ",", dump_at_depth(row, 2)).c_str(), stdout);
   }
   std::fputs(rows.empty() ? "]\n}\n" : "\n  ]\n}\n", stdout);

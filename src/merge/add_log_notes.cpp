@@ -26,10 +26,11 @@ namespace pellago {
 namespace {
 
 std::vector<LogRow> read_rows(const Workbook& workbook, const std::vector<Cell>& headers,
-                              const std::string& sheet_path, const Rules& rules) {
+                              const SheetLayout& layout, const std::string& sheet_path,
+                              const Rules& rules) {
   std::vector<LogRow> rows;
   try {
-    rows = read_log_rows(workbook, headers);
+    rows = read_log_rows(workbook, headers, layout);
   } catch (const Error& error) {
     throw Error(fmt::format("{}: {}", sheet_path, error.what()), error);
   }
@@ -58,11 +59,12 @@ struct SheetRows {
 // whichever thread it runs, and the calling thread's stay as they are.
 std::future<SheetRows> read_rest_in_background(WorkbookReading& reading,
                                                const std::vector<Cell>& headers,
+                                               const SheetLayout& layout,
                                                const std::string& sheet_path, const Rules& rules,
                                                bool keep_workbook) {
-  auto read_rest = [&reading, &headers, &sheet_path, &rules, keep_workbook] {
+  auto read_rest = [&reading, &headers, &layout, &sheet_path, &rules, keep_workbook] {
     SheetRows sheet{.workbook = reading.finish(), .rows = {}};
-    sheet.rows = read_rows(*sheet.workbook, headers, sheet_path, rules);
+    sheet.rows = read_rows(*sheet.workbook, headers, layout, sheet_path, rules);
     // A plain merge frees the cells now, before the document has grown.
     if (!keep_workbook) {
       sheet.workbook.reset();
@@ -151,18 +153,25 @@ bool is_blank(const LogRow& row) {
          std::ranges::all_of(row.values, [](const std::string& value) { return value.empty(); });
 }
 
+SheetKind log_sheet_kind(const std::string& path, const Rules& rules) {
+  return rules.sheet_as_typed ? sheet_kind_ignoring_case(path) : sheet_kind(path);
+}
+
 MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
                               const Host& host, MergeObserver* observer) {
-  const SheetKind kind = sheet_kind(sheet_path);
+  const SheetKind kind = log_sheet_kind(sheet_path, host.rules);
   if (kind == SheetKind::not_a_log_sheet) return {};
   const LibxmlErrors quiet;
 
   report_progress(host, MergePhase::reading_sheet);
   WorkbookReading reading = start_reading_workbook(sheet_path, kind);
-  const std::vector<Cell> headers = read_header_row(reading.sheet());
+  const SheetLayout layout{
+      .header_row = host.rules.sheet_as_typed ? find_header_row(reading.sheet()) : 1,
+      .skip_untitled_columns = host.rules.sheet_as_typed};
+  const std::vector<Cell> headers = read_header_row(reading.sheet(), layout.header_row);
   if (host.set_column_headers) host.set_column_headers(headers);
-  std::future<SheetRows> sheet =
-      read_rest_in_background(reading, headers, sheet_path, host.rules, observer != nullptr);
+  std::future<SheetRows> sheet = read_rest_in_background(reading, headers, layout, sheet_path,
+                                                         host.rules, observer != nullptr);
 
   report_progress(host, MergePhase::reading_xml);
   std::optional<Document> parsed;
@@ -210,7 +219,7 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
 
 MergeReport add_log_notes(const std::string& sheet_path, const std::string& xml_path,
                           const std::string& output_path, const Host& host) {
-  if (sheet_kind(sheet_path) == SheetKind::not_a_log_sheet) return {};
+  if (log_sheet_kind(sheet_path, host.rules) == SheetKind::not_a_log_sheet) return {};
   check_output_target(output_path, sheet_path);
   MergedDocument merged = merge_document(sheet_path, xml_path, host, nullptr);
   if (!merged.document) return merged.report;

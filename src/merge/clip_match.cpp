@@ -95,11 +95,11 @@ CutClip cut_clip_of(const ClipMatch& match) {
 }
 
 // The error again, naming the clip and the sheet row in its message and its fields.
-Error in_row(const Error& error, const ClipMatch& match, std::size_t row) {
+Error in_row(const Error& error, const ClipMatch& match, const LogRow& row) {
   Error wrapped(fmt::format("clip \"{}\" ({}, sheet row {}): {}", match.name,
-                            match.id ? "id " + *match.id : "no id", sheet_row(row), error.what()),
+                            match.id ? "id " + *match.id : "no id", row.sheet_row, error.what()),
                 error);
-  wrapped.row = sheet_row(row);
+  wrapped.row = row.sheet_row;
   wrapped.clip = ClipRef{.name = match.name, .id = match.id};
   return wrapped;
 }
@@ -185,8 +185,8 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
     try {
       place_subclips_beside(*match, run);
     } catch (const Error& error) {
-      throw in_row(error, *match,
-                   match->rows[static_cast<std::size_t>(first_cut - match->copy_numbers.begin())]);
+      const auto j = static_cast<std::size_t>(first_cut - match->copy_numbers.begin());
+      throw in_row(error, *match, run.rows[match->rows[j]]);
     }
   }
   if (run.observer && match) run.observer->clip_matched(*match, position);
@@ -199,7 +199,7 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
     try {
       apply_row(*match, j, run);
     } catch (const Error& error) {
-      throw in_row(error, *match, row);
+      throw in_row(error, *match, run.rows[row]);
     }
   }
   if (CutClip cut = cut_clip_of(*match); !cut.subclips.empty()) {
@@ -235,7 +235,7 @@ void visit_clip_items(const Document& document, MergeRun& run) {
       try {
         apply_row(match, 0, run);
       } catch (const Error& error) {
-        throw in_row(error, match, row);
+        throw in_row(error, match, run.rows[row]);
       }
     }
   }

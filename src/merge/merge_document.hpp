@@ -21,6 +21,10 @@ struct MergedDocument {
 MergedDocument merge_document(const std::string& sheet_path, const std::string& xml_path,
                               const Host& host, MergeObserver* observer);
 
+// The kind of sheet the rules take the path for: its extension exactly, or in any letter case
+// (Rules::sheet_as_typed).
+SheetKind log_sheet_kind(const std::string& path, const Rules& rules);
+
 // Throws Error unless the document's root element is <xmeml>: whatever else the parser made of a
 // file (another format, or nothing readable at all) is no export to merge into or log.
 void require_xmeml_root(const Document& document, const std::string& xml_path);

@@ -18,6 +18,11 @@ struct Rules {
   // or a FALSE cell mark it not good; any other text leaves its Good as it is. Otherwise yes or y,
   // exactly but for letter case, mark it good and any other text not good.
   bool good_words = false;
+  // The header row is the first of the sheet's first 20 rows that has a Name header (the rows above
+  // are titles), and columns without a text header are left out; a sheet's extension is read in
+  // any letter case (Day1.XLSX). Otherwise row 1 holds the headers, every column in use needs one,
+  // and only .xls and .xlsx, exactly, are log sheets.
+  bool sheet_as_typed = false;
   // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
   // file's name without its extension, is that Name: logging fields and markers, never In, Out
   // or subclips.
@@ -75,6 +80,7 @@ constexpr Rules default_rules() {
   return Rules{.refuse_malformed_xml = true,
                .blank_cells_change_nothing = true,
                .good_words = true,
+               .sheet_as_typed = true,
                .log_clip_items = true,
                .position_limit = false,
                .follow_file_references = true,

@@ -201,9 +201,8 @@ py::object header_value(const Cell& header) {
 Sheet sheet_for_python(const LogSheet& log_sheet) {
   Sheet sheet;
   for (const Cell& header : log_sheet.headers) sheet.headers.append(header_value(header));
-  int number = kFirstDataRow;
   for (const LogRow& row : log_sheet.rows) {
-    PySheetRow entry{.number = number++, .fields = py::dict(), .markers = py::list()};
+    PySheetRow entry{.number = row.sheet_row, .fields = py::dict(), .markers = py::list()};
     for (std::size_t i = 0; i < row.headers->size(); ++i) {
       entry.fields[py::str((*row.headers)[i])] = py::str(row.value(i));
     }

@@ -109,6 +109,7 @@ class FindingKind:
     in_out_on_clip_item: ClassVar[FindingKind]
     aux_not_written: ClassVar[FindingKind]
     good_word_unknown: ClassVar[FindingKind]
+    cell_without_header: ClassVar[FindingKind]
     @property
     def name(self) -> str: ...
     @property

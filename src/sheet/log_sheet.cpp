@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -58,12 +59,13 @@ std::optional<ColumnRole> marker_role(const std::string& header) {
   return column->role;
 }
 
-SheetPlan plan_columns(const std::vector<Cell>& header_row) {
+SheetPlan plan_columns(const std::vector<Cell>& header_row, const SheetLayout& layout) {
   auto headers = std::make_shared<std::vector<std::string>>();
   std::unordered_map<std::string, std::size_t> slots;
   std::vector<ColumnPlan> columns;
   for (std::size_t i = 0; i < header_row.size(); ++i) {
     const int column = static_cast<int>(i) + 1;
+    if (layout.skip_untitled_columns && is_untitled(header_row[i])) continue;
     const std::string& header = header_text(header_row[i], column);
     ColumnPlan plan{.column = column, .header = header};
     if (header.find("Marker") != std::string::npos) {
@@ -94,7 +96,7 @@ void require_xml_text(const std::string& text, int row, const ColumnPlan& column
 }
 
 LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
-  LogRow log_row{plan.headers, {}, {}};
+  LogRow log_row{plan.headers, {}, {}, row};
   // Every "Marker Timecode" column starts a new marker, listed only when its timecode is not
   // empty; the group's other columns fill it in. Before the first one they fill a marker that
   // is never listed.
@@ -178,22 +180,40 @@ const std::string& LogRow::value(std::size_t slot) const {
   return slot < values.size() ? values[slot] : kEmptyText;
 }
 
-std::vector<Cell> read_header_row(const Workbook& workbook) {
+std::vector<Cell> read_header_row(const Workbook& workbook, int header_row) {
   std::vector<Cell> headers;
   headers.reserve(workbook.last_column());
   for (int column = 1; column <= workbook.last_column(); ++column) {
-    headers.push_back(workbook.cell(1, column));
+    headers.push_back(workbook.cell(header_row, column));
   }
   return headers;
 }
 
-std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers) {
+bool is_untitled(const Cell& header) {
+  const auto* text = std::get_if<std::string>(&header);
+  return !text || text->empty();
+}
+
+int find_header_row(const Workbook& workbook) {
+  const int last = std::min(workbook.last_row(), kHeaderRowsSearched);
+  for (int row = 1; row <= last; ++row) {
+    for (int column = 1; column <= workbook.last_column(); ++column) {
+      const auto* text = std::get_if<std::string>(&workbook.cell(row, column));
+      if (text && *text == kNameHeader) return row;
+    }
+  }
+  return 1;
+}
+
+std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers,
+                                  const SheetLayout& layout) {
   if (workbook.last_row() == 0) throw Error("the first worksheet has no cell in use");
   std::vector<LogRow> rows;
-  if (workbook.last_row() < kFirstDataRow) return rows;
-  const SheetPlan plan = plan_columns(headers);
-  rows.reserve(workbook.last_row() - kFirstDataRow + 1);
-  for (int row = kFirstDataRow; row <= workbook.last_row(); ++row) {
+  const int first = layout.header_row + 1;
+  if (workbook.last_row() < first) return rows;
+  const SheetPlan plan = plan_columns(headers, layout);
+  rows.reserve(workbook.last_row() - first + 1);
+  for (int row = first; row <= workbook.last_row(); ++row) {
     rows.push_back(read_log_row(workbook, row, plan));
   }
   return rows;

@@ -10,11 +10,15 @@
 
 namespace pellago {
 
-// The sheet row of the first data row, as a spreadsheet numbers it; row 1 holds the headers.
-inline constexpr int kFirstDataRow = 2;
+// A sheet's header row is looked for among its first rows: those above it hold titles.
+inline constexpr int kHeaderRowsSearched = kRowsReadFirst;
 
-// The sheet row of the LogRow at `position` (0-based) in the list of a sheet's rows.
-constexpr int sheet_row(std::size_t position) { return static_cast<int>(position) + kFirstDataRow; }
+// Where a sheet's rows stand: the headers' row, whose columns without a text header are left out
+// (skip_untitled_columns) or refused.
+struct SheetLayout {
+  int header_row = 1;
+  bool skip_untitled_columns = false;
+};
 
 // One marker of a row. timecode is never empty; the others are absent when their column is.
 struct MarkerEntry {
@@ -35,6 +39,8 @@ struct LogRow {
   // a sheet with far-away rows costs next to nothing per empty row: read them through value().
   std::vector<std::string> values;
   std::vector<MarkerEntry> markers;
+  // The row's number, as a spreadsheet shows it.
+  int sheet_row = 0;
   // An empty cell reads as absent, as if its column were not there (see leave_out_blank_cells).
   bool blank_is_absent = false;
 
@@ -57,14 +63,23 @@ std::string in_project_header(std::string_view header);
 // "A" for 1, "Z" for 26, "AA" for 27: a column's name as spreadsheets show it.
 std::string column_letters(int column);
 
-// The raw values of row 1, from column 1 to the last column.
-std::vector<Cell> read_header_row(const Workbook& workbook);
+// The first of the sheet's first kHeaderRowsSearched rows that has a Name header: the rows above
+// it are titles. Row 1 when none has.
+int find_header_row(const Workbook& workbook);
 
-// One LogRow per sheet row from 2 to the last row, blank rows included. Throws Error naming the
-// column (letter and number) at the first data row when a header is empty or not text, naming
-// the row and column of a cell holding what XML 1.0 cannot carry (both also in the error's row
-// and column), and when the worksheet has no cell in use at all; the message does not name the
-// file, the caller does.
-std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers);
+// The raw values of the header row, from column 1 to the last column.
+std::vector<Cell> read_header_row(const Workbook& workbook, int header_row = 1);
+
+// One LogRow per sheet row from the one below the header row to the last row, blank rows
+// included. A column whose header is empty or not text is left out under
+// layout.skip_untitled_columns; otherwise it throws Error naming the column (letter and number).
+// Throws Error naming the row and column of a cell holding what XML 1.0 cannot carry (both also
+// in the error's row and column), and when the worksheet has no cell in use at all; the message
+// does not name the file, the caller does.
+std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers,
+                                  const SheetLayout& layout = {});
+
+// Whether the header names no column the sheet reads: empty, or not text.
+bool is_untitled(const Cell& header);
 
 }  // namespace pellago

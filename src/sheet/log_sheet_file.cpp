@@ -7,12 +7,15 @@
 namespace pellago {
 
 std::optional<LogSheet> read_log_sheet(const std::string& path) {
-  const SheetKind kind = sheet_kind(path);
+  const SheetKind kind = sheet_kind_ignoring_case(path);
   if (kind == SheetKind::not_a_log_sheet) return std::nullopt;
   const Workbook workbook = open_workbook(path, kind);
-  LogSheet sheet{.headers = read_header_row(workbook), .rows = {}};
+  const SheetLayout layout{.header_row = find_header_row(workbook), .skip_untitled_columns = true};
+  LogSheet sheet{.header_row = layout.header_row,
+                 .headers = read_header_row(workbook, layout.header_row),
+                 .rows = {}};
   try {
-    sheet.rows = read_log_rows(workbook, sheet.headers);
+    sheet.rows = read_log_rows(workbook, sheet.headers, layout);
   } catch (const Error& error) {
     throw Error(fmt::format("{}: {}", path, error.what()), error);
   }

@@ -90,7 +90,7 @@ Workbook open_workbook(const std::string& path, SheetKind kind) {
   return start_reading_workbook(path, kind).finish();
 }
 
-// An .xls read whole, or an .xlsx read up to the end of row 1.
+// An .xls read whole, or an .xlsx read up to the end of row kRowsReadFirst.
 struct WorkbookReading::Source {
   std::variant<Workbook, XlsxReading> reading;
 };

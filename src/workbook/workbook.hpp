@@ -80,18 +80,23 @@ SheetKind sheet_kind_ignoring_case(const std::string& path);
 // no cell in use opens, with last_row and last_column 0.
 Workbook open_workbook(const std::string& path, SheetKind kind);
 
-// The first worksheet read in two steps, so that row 1 can be used while the rest is read:
-// start_reading_workbook reads up to the end of row 1 (an .xls whole), finish reads the rest.
+// The rows start_reading_workbook reads before it returns: enough to find a header row below
+// a few title rows.
+inline constexpr int kRowsReadFirst = 20;
+
+// The first worksheet read in two steps, so that its first rows can be used while the rest is
+// read: start_reading_workbook reads up to the end of row kRowsReadFirst (an .xls whole), finish
+// reads the rest.
 // finish may run on another thread than the first step, but never at the same time as another
 // use of the object. Between them, they throw what open_workbook throws; a sheet damaged past
-// row 1 may fail in finish.
+// its first rows may fail in finish.
 class WorkbookReading {
  public:
   ~WorkbookReading();
   WorkbookReading(WorkbookReading&&) noexcept;
   WorkbookReading& operator=(WorkbookReading&&) noexcept;
 
-  // The cells read so far: row 1 whole, perhaps some rows after it.
+  // The cells read so far: rows 1 to kRowsReadFirst whole, perhaps some rows after them.
   const Workbook& sheet() const;
   // Reads the rest of the worksheet and hands over the whole sheet; call it once.
   Workbook finish();

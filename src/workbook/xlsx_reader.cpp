@@ -119,8 +119,8 @@ class WorksheetHandler final : public PartHandler {
   }
 
   bool finished() const override { return finished_; }
-  // Row 1 is whole once a later row or the end of the sheet's data comes.
-  bool passed_checkpoint() const override { return finished_ || row_ > 1; }
+  // The first rows are whole once a later row or the end of the sheet's data comes.
+  bool passed_checkpoint() const override { return finished_ || row_ > kRowsReadFirst; }
 
   Workbook sheet;
 

@@ -17,9 +17,9 @@ struct XlsxLimits {
 };
 
 // The first worksheet of an Office Open XML workbook, read in two steps: the constructor reads up
-// to the end of row 1, finish reads the rest. finish may run on another thread than the
-// constructor, never at the same time as another use. Both throw Error naming the file; a sheet
-// damaged past row 1 fails in finish.
+// to the end of row kRowsReadFirst, finish reads the rest. finish may run on another thread than
+// the constructor, never at the same time as another use. Both throw Error naming the file; a
+// sheet damaged past those rows fails in finish.
 class XlsxReading {
  public:
   explicit XlsxReading(const std::string& path, const XlsxLimits& limits = {});
@@ -27,7 +27,7 @@ class XlsxReading {
   XlsxReading(XlsxReading&&) noexcept;
   XlsxReading& operator=(XlsxReading&&) noexcept;
 
-  // The cells read so far: row 1 whole, perhaps some rows after it.
+  // The cells read so far: the first kRowsReadFirst rows whole, perhaps some rows after them.
   const Workbook& sheet() const;
   // Reads the rest of the worksheet and hands over the whole sheet, freeing the package, its
   // shared strings and the parser; call it once, and not sheet() after it.

@@ -69,7 +69,7 @@ expect_status 1 "check of a merge that fails" "pellago: clip *"
   fail "check lists the failure as '$(tail -n 1 "$scratch/stdout")'"
 
 # Not a log sheet: status 3. Wrong usage: status 2.
-run check "$scratch/log.XLSX" "$project"
+run check --classic "$scratch/log.XLSX" "$project"
 expect_status 3 "upper-case extension"
 run check "$data/check_clean.xlsx"
 expect_status 2 "one argument" "pellago: XML is required; see 'pellago check --help'"

@@ -44,8 +44,10 @@ run merge "$sheet" "$project" "$scratch/out.xml"
 # extension is told apart.
 run merge "$scratch/log.csv" "$project" "$scratch/not_written.xml"
 expect_status 3 "not a log sheet" "pellago: $scratch/log.csv is not a log sheet: *.xls or .xlsx"
-run merge "$scratch/log.XLSX" "$project" "$scratch/not_written.xml"
+run merge --classic "$scratch/log.XLSX" "$project" "$scratch/not_written.xml"
 expect_status 3 "upper-case extension" "*compared in lower case*rename it to $scratch/log.xlsx"
+run merge "$scratch/log.XLSX" "$project" "$scratch/not_written.xml"
+expect_status 1 "upper-case extension, read" "pellago: cannot read \"$scratch/log.XLSX\": No such file or directory"
 
 # A mistyped command names the commands there are.
 run mrege "$sheet" "$project" "$scratch/not_written.xml"

@@ -276,7 +276,7 @@ TEST_F(MergeTest, UnreadableInputsNameTheirFile) {
         add_log_notes(source_path("tests/workbook/data/late_out_of_order.xlsx"),
                       path("missing.xml"), path("out.xml"));
       },
-      ThrowsMessage<Error>(HasSubstr("cell A3 comes after cell B3")));
+      ThrowsMessage<Error>(HasSubstr("cell A23 comes after cell B23")));
   write_xlsx(path("log.xlsx"), {{"Name"}, {"A001"}});
   try {
     add_log_notes(path("log.xlsx"), path("missing.xml"), path("out.xml"));

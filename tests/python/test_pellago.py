@@ -55,7 +55,7 @@ def test_merge_writes_what_the_program_writes(tmp_path):
             report.markers_added, report.rows_unmatched) == (pellago.Outcome.merged, 6, 5, 3, 6, 1)
     assert repr(report).startswith("MergeReport(outcome=Outcome.merged, clips_visited=6,")
 
-    not_a_sheet = pellago.merge(tmp_path / "log.XLSX", PROJECT, tmp_path / "none.xml")
+    not_a_sheet = pellago.merge(tmp_path / "log.csv", PROJECT, tmp_path / "none.xml")
     assert not_a_sheet.outcome == pellago.Outcome.not_a_log_sheet
     assert not (tmp_path / "none.xml").exists()
 
@@ -152,7 +152,7 @@ def test_check_gives_what_the_program_prints_as_objects(tmp_path, broken):
     assert (at_clip.value.clip.name, at_clip.value.clip.id) == ("A001_C001_0611AB",) * 2
     with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
         pellago.check(SHEET, tmp_path / "missing.xml")
-    assert pellago.check(tmp_path / "log.XLSX", PROJECT).merge.outcome == (
+    assert pellago.check(tmp_path / "log.XLSX", PROJECT, classic=True).merge.outcome == (
         pellago.Outcome.not_a_log_sheet)
     assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
 

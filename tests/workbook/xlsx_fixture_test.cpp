@@ -95,7 +95,7 @@ TEST(XlsxFixtures, BrokenPackagesFailWithOneLineNamingTheFile) {
 
 // Damage in row 1 fails the first step of reading, damage below it only the second, which may run
 // on another thread.
-TEST(XlsxFixtures, DamageBelowRowOneFailsOnlyTheRest) {
+TEST(XlsxFixtures, DamageBelowTheFirstRowsFailsOnlyTheRest) {
   EXPECT_THAT([] { start_reading_workbook(fixture("out_of_order.xlsx"), SheetKind::xlsx); },
               ::testing::ThrowsMessage<Error>(::testing::HasSubstr("cell B1 comes after cell C1")));
   WorkbookReading reading =
@@ -104,7 +104,7 @@ TEST(XlsxFixtures, DamageBelowRowOneFailsOnlyTheRest) {
   auto rest = std::async(std::launch::async, [&reading] { return reading.finish(); });
   EXPECT_THAT([&rest] { rest.get(); },
               ::testing::ThrowsMessage<Error>(::testing::HasSubstr(
-                  ", part \"xl/worksheets/sheet1.xml\": cell A3 comes after cell B3")));
+                  ", part \"xl/worksheets/sheet1.xml\": cell A23 comes after cell B23")));
 }
 
 TEST(XlsxFixtures, PartsAreCappedAsTheyUnpack) {

@@ -184,11 +184,12 @@ def write_xlsx_fixtures():
     write_zip("doctype.xlsx", simple_package(BILLION_LAUGHS))
     write_zip("out_of_order.xlsx", simple_package(worksheet(
         '<row r="1"><c r="A1"><v>1</v></c><c r="C1"><v>3</v></c><c r="B1"><v>2</v></c></row>')))
-    # Rows 1 and 2 are sound; row 3 goes back a column.
+    # Rows 1 and 2 are sound, so are the first rows the reader reads ahead; row 23 goes back a
+    # column.
     write_zip("late_out_of_order.xlsx", simple_package(worksheet(
         '<row r="1"><c r="A1" t="inlineStr"><is><t>Name</t></is></c></row>'
         '<row r="2"><c r="A2" t="inlineStr"><is><t>A001</t></is></c></row>'
-        '<row r="3"><c r="B3"><v>2</v></c><c r="A3"><v>1</v></c></row>')))
+        '<row r="23"><c r="B23"><v>2</v></c><c r="A23"><v>1</v></c></row>')))
     write_zip("bad_shared_index.xlsx", simple_package(
         worksheet('<row r="1"><c r="A1" t="s"><v>0</v></c><c r="B1" t="s"><v>5</v></c></row>'),
         f'<sst xmlns="{MAIN_NS}"><si><t>only</t></si></sst>'))
