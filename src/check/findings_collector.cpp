@@ -170,10 +170,15 @@ std::optional<Column> FindingsCollector::column_at(int column) const {
 }
 
 // The column the merge reads a header from: the right-hand one when two carry it.
+std::string FindingsCollector::read_as(const std::string& typed) const {
+  if (!options_.rules.sheet_as_typed) return typed;
+  return std::string(header_read_as(typed).value_or(typed));
+}
+
 int FindingsCollector::column_index(std::string_view header) const {
   for (int column = static_cast<int>(headers_.size()); column >= 1; --column) {
     const auto* text = std::get_if<std::string>(&headers_[column - 1]);
-    if (text && *text == header) return column;
+    if (text && read_as(*text) == header) return column;
   }
   return 0;
 }
@@ -247,6 +252,13 @@ void FindingsCollector::check_headers() {
   for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
     const auto* header = std::get_if<std::string>(&headers_[column - 1]);
     if (!header) continue;
+    if (const std::string read = read_as(*header); read != *header) {
+      add({.kind = FindingKind::header_alias,
+           .severity = Severity::note,
+           .column = column_at(column),
+           .message = fmt::format("the column \"{}\" is read as \"{}\"", *header, read)});
+      continue;
+    }
     if (std::find(meant.begin(), meant.end(), *header) != meant.end()) continue;
     if (header->find("Marker") != std::string::npos) {
       std::vector<std::string> near = closest(*header, markers, 1);

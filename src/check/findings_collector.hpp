@@ -41,6 +41,8 @@ struct FindingsCollector final : MergeObserver {
   void flush_findings();
 
  private:
+  // The header the merge reads a header of the sheet as, under the check's rules.
+  std::string read_as(const std::string& typed) const;
   int column_index(std::string_view header) const;  // 0 when no column has the header
   // The sheet row of the row at `position` among the sheet's rows.
   int row_at(std::size_t position) const { return (*rows_)[position].sheet_row; }

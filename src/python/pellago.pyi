@@ -110,6 +110,7 @@ class FindingKind:
     aux_not_written: ClassVar[FindingKind]
     good_word_unknown: ClassVar[FindingKind]
     cell_without_header: ClassVar[FindingKind]
+    header_alias: ClassVar[FindingKind]
     @property
     def name(self) -> str: ...
     @property

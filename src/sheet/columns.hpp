@@ -49,6 +49,9 @@ struct SheetColumn {
   std::string_view anchor = {};       // ...next to the first match of this name chain
   Placement placement = Placement::before;
   double export_width = 12;  // in characters
+  // Other headers loggers and logging tools give the column ("Clip Name", "Circled"), which the
+  // default rules read as this one, as they read its header, in any letter case.
+  std::string_view aliases = {};  // separated by "|": "Clip Name|Clip|File Name"
 };
 
 inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
@@ -56,23 +59,27 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .role = ColumnRole::name,
      .summary = "the clip the row belongs to: every clip whose <name> is this text",
      .element = "name",
-     .export_width = 28},
+     .export_width = 28,
+     .aliases = "Clip Name|Clip|File Name"},
     {.header = "In",
      .role = ColumnRole::in_point,
      .summary = "with several rows, where the row's subclip starts (--classic: an empty cell "
                 "clears the clip's In point)",
      .element = "in",
-     .export_width = 13},
+     .export_width = 13,
+     .aliases = "TC In|In Point|Mark In"},
     {.header = "Out",
      .role = ColumnRole::out_point,
      .summary = "with several rows, where the row's subclip ends (--classic: an empty cell "
                 "clears the clip's Out point)",
      .element = "out",
-     .export_width = 13},
+     .export_width = 13,
+     .aliases = "TC Out|Out Point|Mark Out"},
     {.header = "Subclip Name",
      .role = ColumnRole::subclip_name,
      .summary = "when several rows name one clip, the name of the row's subclip",
-     .export_width = 20},
+     .export_width = 20,
+     .aliases = "Subclip"},
     {.header = "Good",
      .role = ColumnRole::good,
      .summary = "yes, y, true, x, a tick or 1 (any letter case) marks the clip good; no, n, "
@@ -80,7 +87,8 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
                 "not good)",
      .element = "logginginfo/good",
      .write = ElementWrite::every_match,
-     .export_width = 7},
+     .export_width = 7,
+     .aliases = "Circled|Circle|Circle Take|Circled Take"},
     {.header = "Label",
      .role = ColumnRole::logging_text,
      .summary = "the clip's label",
@@ -102,7 +110,8 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .write = ElementWrite::first_match,
      .new_element = "description",
      .anchor = "logginginfo/scene",
-     .export_width = 28},
+     .export_width = 28,
+     .aliases = "Desc"},
     {.header = "Scene",
      .role = ColumnRole::logging_text,
      .summary = "the clip's scene",
@@ -114,13 +123,15 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .summary = "the clip's shot and take",
      .element = "logginginfo/shottake",
      .write = ElementWrite::every_match,
-     .export_width = 12},
+     .export_width = 12,
+     .aliases = "Take|Shot / Take"},
     {.header = "Log Note",
      .role = ColumnRole::logging_text,
      .summary = "the clip's log note",
      .element = "logginginfo/lognote",
      .write = ElementWrite::every_match,
-     .export_width = 28},
+     .export_width = 28,
+     .aliases = "Notes|Note|Comments|Log Notes"},
     {.header = "Angle",
      .role = ColumnRole::logging_text,
      .summary = "the clip's camera angle",
@@ -129,7 +140,8 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .new_element = "defaultangle",
      .anchor = "media",
      .placement = Placement::after,
-     .export_width = 10},
+     .export_width = 10,
+     .aliases = "Camera|Cam"},
     {.header = "Master Comment 1",
      .role = ColumnRole::logging_text,
      .summary = "the clip's first master comment",
@@ -176,7 +188,8 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
      .role = ColumnRole::marker_timecode,
      .summary = "where a marker goes; each group of the four marker columns is one marker, so "
                 "repeat the group for more",
-     .export_width = 16},
+     .export_width = 16,
+     .aliases = "Marker|Marker TC"},
     {.header = "Marker Name",
      .role = ColumnRole::marker_name,
      .summary = "the marker's name (empty: \"Marker N\")",
@@ -184,16 +197,19 @@ inline constexpr std::array<SheetColumn, 24> kSheetColumns{{
     {.header = "Marker Comment",
      .role = ColumnRole::marker_comment,
      .summary = "the marker's comment",
-     .export_width = 20},
+     .export_width = 20,
+     .aliases = "Marker Note"},
     {.header = "Marker Color",
      .role = ColumnRole::marker_color,
      .summary = "the marker's colour (empty or unknown: red)",
-     .export_width = 13},
+     .export_width = 13,
+     .aliases = "Marker Colour"},
     {.header = "Aux TC 1",
      .role = ColumnRole::aux_timecode,
      .summary = "the clip's first auxiliary timecode",
      .element = R"(timecode[source="aux1"])",
-     .export_width = 13},
+     .export_width = 13,
+     .aliases = "Sound TC|Aux TC"},
     {.header = "Aux TC 2",
      .role = ColumnRole::aux_timecode,
      .summary = "the clip's second auxiliary timecode",
@@ -209,8 +225,8 @@ constexpr bool is_marker_role(ColumnRole role) {
 
 // What the merge relies on in each row of the table, so that a wrong row does not compile: a
 // name chain wherever an element is named, an element for every column that writes one and an
-// anchor for one that adds it, "Marker" in the headers of the marker group only (the reader
-// ignores other headers holding it), and no header twice.
+// anchor for one that adds it, "Marker" in the headers and aliases of the marker group only (the
+// reader ignores other headers holding it), and no header or alias twice.
 constexpr bool is_well_formed(const SheetColumn& column) {
   const bool logging = column.role == ColumnRole::good || column.role == ColumnRole::logging_text;
   const bool adds = column.write == ElementWrite::first_match;
@@ -218,13 +234,40 @@ constexpr bool is_well_formed(const SheetColumn& column) {
   return chain(column.element) && chain(column.anchor) &&
          logging == (column.write != ElementWrite::none) && (!logging || !column.element.empty()) &&
          adds == !column.new_element.empty() && adds == !column.anchor.empty() &&
-         is_marker_role(column.role) == (column.header.find("Marker") != std::string_view::npos);
+         is_marker_role(column.role) == (column.header.find("Marker") != std::string_view::npos) &&
+         (column.aliases.empty() ||
+          is_marker_role(column.role) == (column.aliases.find("Marker") != std::string_view::npos));
 }
 
+// The column's aliases, one by one.
+constexpr std::vector<std::string_view> aliases_of(const SheetColumn& column) {
+  std::vector<std::string_view> aliases;
+  for (std::string_view rest = column.aliases; !rest.empty();) {
+    const std::size_t bar = rest.find('|');
+    aliases.push_back(rest.substr(0, bar));
+    rest = bar == std::string_view::npos ? std::string_view() : rest.substr(bar + 1);
+  }
+  return aliases;
+}
+
+// Every header and alias of the table, letter case aside, names one column only.
 constexpr bool has_distinct_headers() {
-  for (std::size_t i = 0; i < kSheetColumns.size(); ++i) {
-    for (std::size_t j = i + 1; j < kSheetColumns.size(); ++j) {
-      if (kSheetColumns[i].header == kSheetColumns[j].header) return false;
+  const auto lowered = [](std::string_view text) {
+    std::array<char, 32> folded{};
+    for (std::size_t i = 0; i < text.size() && i < folded.size(); ++i) {
+      folded[i] =
+          text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] - 'A' + 'a') : text[i];
+    }
+    return folded;
+  };
+  std::vector<std::array<char, 32>> names;
+  for (const SheetColumn& column : kSheetColumns) {
+    names.push_back(lowered(column.header));
+    for (std::string_view alias : aliases_of(column)) names.push_back(lowered(alias));
+  }
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    for (std::size_t j = i + 1; j < names.size(); ++j) {
+      if (names[i] == names[j]) return false;
     }
   }
   return true;
@@ -275,6 +318,11 @@ inline constexpr std::string_view kGoodHeader = header_of<ColumnRole::good>();
 
 // The column with `header`, exactly; none for a header the merge does not read.
 std::optional<SheetColumn> find_column(std::string_view header);
+
+// The header of the column a header as typed names under the default rules: one of the table's
+// headers or aliases, in any letter case, blanks around left out ("clip name " reads as "Name");
+// none for any other header.
+std::optional<std::string_view> header_read_as(std::string_view typed);
 
 // Whether the merge writes the column's cells into the document as they are, as text.
 constexpr bool writes_text(ColumnRole role) {

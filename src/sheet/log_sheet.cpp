@@ -65,8 +65,11 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row, const SheetLayout& l
   std::vector<ColumnPlan> columns;
   for (std::size_t i = 0; i < header_row.size(); ++i) {
     const int column = static_cast<int>(i) + 1;
-    if (layout.skip_untitled_columns && is_untitled(header_row[i])) continue;
-    const std::string& header = header_text(header_row[i], column);
+    if (layout.as_typed && is_untitled(header_row[i])) continue;
+    std::string header = header_text(header_row[i], column);
+    if (layout.as_typed) {
+      if (const std::optional<std::string_view> read_as = header_read_as(header)) header = *read_as;
+    }
     ColumnPlan plan{.column = column, .header = header};
     if (header.find("Marker") != std::string::npos) {
       plan.marker = marker_role(header);
@@ -199,7 +202,7 @@ int find_header_row(const Workbook& workbook) {
   for (int row = 1; row <= last; ++row) {
     for (int column = 1; column <= workbook.last_column(); ++column) {
       const auto* text = std::get_if<std::string>(&workbook.cell(row, column));
-      if (text && *text == kNameHeader) return row;
+      if (text && header_read_as(*text) == kNameHeader) return row;
     }
   }
   return 1;

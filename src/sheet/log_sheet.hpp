@@ -13,11 +13,12 @@ namespace pellago {
 // A sheet's header row is looked for among its first rows: those above it hold titles.
 inline constexpr int kHeaderRowsSearched = kRowsReadFirst;
 
-// Where a sheet's rows stand: the headers' row, whose columns without a text header are left out
-// (skip_untitled_columns) or refused.
+// Where a sheet's rows stand, and how its headers are read: with as_typed, columns without a text
+// header are left out and every header is read as header_read_as reads it (any letter case,
+// aliases); otherwise every column in use needs a text header, compared exactly.
 struct SheetLayout {
   int header_row = 1;
-  bool skip_untitled_columns = false;
+  bool as_typed = false;
 };
 
 // One marker of a row. timecode is never empty; the others are absent when their column is.
@@ -71,8 +72,8 @@ int find_header_row(const Workbook& workbook);
 std::vector<Cell> read_header_row(const Workbook& workbook, int header_row = 1);
 
 // One LogRow per sheet row from the one below the header row to the last row, blank rows
-// included. A column whose header is empty or not text is left out under
-// layout.skip_untitled_columns; otherwise it throws Error naming the column (letter and number).
+// included, read as the layout says. A column whose header is empty or not text throws Error
+// naming the column (letter and number), unless the layout reads the headers as typed.
 // Throws Error naming the row and column of a cell holding what XML 1.0 cannot carry (both also
 // in the error's row and column), and when the worksheet has no cell in use at all; the message
 // does not name the file, the caller does.

@@ -205,23 +205,27 @@ TEST_F(CheckTest, FailingMergeSaysWhere) {
   EXPECT_EQ(where(path("log.xlsx"), project), std::make_tuple(0, "B ", ""));
 }
 
-// A logger's sheet: a title row and a blank one above the headers, a note beside the table. The
-// default rules read it from its header row and count rows as the spreadsheet does; the note's
-// column is left out and said so. The classic rules want the headers in row 1.
-TEST_F(CheckTest, TitleRowsAndNotesBesideTheTableAreLeftOut) {
+// A logger's sheet: a title row and a blank one above the headers, which are typed as loggers
+// type them, and a note beside the table. The default rules read it from its header row, its
+// headers by what they mean, and count rows as the spreadsheet does; the note's column is left out
+// and said so. The classic rules want the headers in row 1.
+TEST_F(CheckTest, TitleRowsAliasesAndNotesBesideTheTable) {
   write_xlsx(path("day.xlsx"), {{"Day 12 - Unit A"},
                                 {},
-                                {"Name", "Scene"},
+                                {"Clip Name", "scene "},
                                 {"A001_C001_0611AB", "12"},
                                 {"A002_C009_0611AB", "13", "", "call the lab"}});
   const std::string project = source_path("examples/project.xml");
   const CheckReport report = check(path("day.xlsx"), project, {.rules = default_rules()});
-  ASSERT_EQ(report.findings.size(), 2u);
-  EXPECT_EQ(report.findings[0].kind, FindingKind::cell_without_header);
-  EXPECT_EQ(report.findings[0].message,
+  ASSERT_EQ(report.findings.size(), 4u);
+  EXPECT_EQ(report.findings[0].message, "the column \"Clip Name\" is read as \"Name\"");
+  EXPECT_EQ(report.findings[1].kind, FindingKind::header_alias);
+  EXPECT_EQ(report.findings[2].kind, FindingKind::cell_without_header);
+  EXPECT_EQ(report.findings[2].message,
             "column D has no header, so the merge does not read its cell D5 (\"call the lab\")");
-  EXPECT_EQ(report.findings[1].kind, FindingKind::unmatched_name);
-  EXPECT_EQ(report.findings[1].row, 5);
+  EXPECT_EQ(report.findings[3].kind, FindingKind::unmatched_name);
+  EXPECT_EQ(report.findings[3].row, 5);
+  EXPECT_EQ(report.findings[3].column->letter, "A");
   EXPECT_EQ(report.merge.clips_changed, 1u);
   EXPECT_THAT(check(path("day.xlsx"), project).error,
               testing::Optional(testing::HasSubstr("column B (2) has no header text")));

@@ -1,6 +1,7 @@
 #include "sheet/columns.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -18,11 +19,11 @@ std::string tags(std::string_view chain) {
   return text + ">";
 }
 
-// The cells of each row of the guide's table of columns.
-std::vector<std::vector<std::string>> guide_rows() {
+// The cells of each row of the guide's table whose header row starts with `first`.
+std::vector<std::vector<std::string>> guide_rows(std::string_view first = "| Header |") {
   std::ifstream guide(PELLAGO_SOURCE_DIR "/docs/log-sheets.md");
   std::string line;
-  while (std::getline(guide, line) && !line.starts_with("| Header |")) {
+  while (std::getline(guide, line) && !line.starts_with(first)) {
   }
   std::getline(guide, line);  // |---|
   std::vector<std::vector<std::string>> rows;
@@ -57,6 +58,22 @@ TEST(ColumnsTest, TheGuideListsEveryColumnWithTheElementsItWrites) {
               std::string::npos)
         << column.header;
   }
+}
+
+TEST(ColumnsTest, TheGuideListsEveryAliasAndTheReaderReadsThem) {
+  std::vector<std::vector<std::string>> expected;
+  for (const SheetColumn& column : kSheetColumns) {
+    std::vector<std::string> names;
+    for (std::string_view alias : aliases_of(column)) {
+      names.push_back(fmt::format("`{}`", alias));
+      EXPECT_EQ(header_read_as(alias), column.header);
+    }
+    if (!names.empty())
+      expected.push_back({std::string(column.header), fmt::format("{}", fmt::join(names, ", "))});
+  }
+  EXPECT_EQ(guide_rows("| Column | Also read under |"), expected);
+  EXPECT_EQ(header_read_as(" good "), "Good");
+  EXPECT_EQ(header_read_as("Shot Take"), std::nullopt);
 }
 
 }  // namespace
