@@ -563,6 +563,7 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
   const std::string span =
       fmt::format("write a timecode from {} (the clip's start) to {} (its end)", start, end);
   const std::string column_name = cell.column ? cell.column->header : std::string(cell.what);
+  const std::string_view fate = cell.left_out ? ", so the merge leaves the marker out" : "";
 
   if (has_no_digits(text)) {
     add({.kind = FindingKind::timecode_without_digits,
@@ -572,8 +573,8 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
          .clip = cell.clip,
          .message = fmt::format(
              "the {} \"{}\" holds no digits: the merge reads it as 00:00:00:00, frame {} of "
-             "the clip",
-             cell.what, text, frame),
+             "the clip{}",
+             cell.what, text, frame, fate),
          .suggestion = cell.what == "marker timecode"
                            ? span + ", or empty the cell to leave the marker out"
                            : span});
@@ -588,8 +589,8 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
          .clip = cell.clip,
          .message = fmt::format(
              "the {} \"{}\" is a time of day, as a spreadsheet stores {} typed into a cell: "
-             "the merge reads it as minutes, seconds and frames, frame {} of the clip",
-             cell.what, text, *time, frame),
+             "the merge reads it as minutes, seconds and frames, frame {} of the clip{}",
+             cell.what, text, *time, frame, fate),
          .suggestion = fmt::format(
              "format the {} column as text, then type the timecode with its frames: {}:00",
              column_name, *time)});
@@ -613,8 +614,8 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
            .message = fmt::format(
                "the {} \"{}\" has three fields, which the merge reads as minutes, seconds "
                "and frames: frame {} of a clip that starts at {}; read as hours, minutes "
-               "and seconds it would be {}",
-               cell.what, text, frame, start, four_fields),
+               "and seconds it would be {}{}",
+               cell.what, text, frame, start, four_fields, fate),
            .suggestion = fmt::format("write all four fields: {}", four_fields)});
       return false;
     }
@@ -626,8 +627,8 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
          .column = cell.column,
          .clip = cell.clip,
          .message = fmt::format(
-             "the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip",
-             cell.what, text, frame),
+             "the {} \"{}\" is not a timecode; the merge reads it as frame {} of the clip{}",
+             cell.what, text, frame, fate),
          .suggestion = "write it as hours:minutes:seconds:frames, such as 01:00:10:00"});
     return false;
   }
@@ -639,9 +640,9 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
          .clip = cell.clip,
          .message = fmt::format(
              "the {} \"{}\" lies {} the clip's media: it is frame {}, and the clip holds "
-             "frames 0 to {}",
+             "frames 0 to {}{}",
              cell.what, text, frame < 0 ? "before the start of" : "after the end of", frame,
-             clip_duration - 1),
+             clip_duration - 1, fate),
          .suggestion = span});
   }
   return true;
@@ -681,8 +682,14 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
     const MarkerEntry& marker = row.markers[i];
     const std::int64_t frame = (*placement.marker_frames)[i];
     const std::optional<Column> where = column_at(marker.timecode_column);
-    const bool read =
-        check_frame(marker.timecode, frame, cell(where, "marker timecode"), timing, clip_duration);
+    const bool read = check_frame(
+        marker.timecode, frame,
+        {.row = at,
+         .column = where,
+         .clip = clip,
+         .what = "marker timecode",
+         .left_out = i < placement.markers_left_out.size() && placement.markers_left_out[i]},
+        timing, clip_duration);
     if (!read || !placement.markers_present[i]) continue;
     const std::string name = marker_name(marker, i);
     if (placement.skips_present_markers) {
@@ -730,7 +737,9 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
          .row = at,
          .column = column(header),
          .clip = clip,
-         .message = fmt::format("the {} \"{}\" is not a timecode", header, value),
+         .message = fmt::format(
+             "the {} \"{}\" is not a timecode{}", header, value,
+             placement.aux.leaves_out_non_timecodes ? ", so the merge leaves it out" : ""),
          .suggestion = "write it as hours:minutes:seconds:frames, such as 01:00:10:00"});
   }
 }

@@ -118,18 +118,24 @@ std::string cut_clips_text(const std::vector<CutClip>& cut_clips) {
 
 std::string summary(const MergeReport& report, const MergeOptions& options) {
   std::string text = fmt::format(
-      "visited {}, changed {}{}{}; added {}; {} matched no clip; wrote {}",
+      "visited {}, changed {}{}{}; added {}; {} matched no clip{}; wrote {}",
       counted(report.clips_visited, "clip"), report.clips_changed, cut_clips_text(report.cut_clips),
       report.clip_items_logged == 0
           ? std::string()
           : fmt::format("; logged {} in sequences", counted(report.clip_items_logged, "clip item")),
       counted(report.markers_added, "marker"), counted(report.rows_unmatched, "sheet row"),
+      report.rows_not_fully_applied == 0
+          ? std::string()
+          : fmt::format(", {} not fully applied (a value left out)",
+                        counted(report.rows_not_fully_applied, "row")),
       options.output == kStandardOutput ? "standard output" : options.output);
   if (report.recovered.count > 0) {
     text += fmt::format("; clips after line {} of {} may be missing", report.recovered.line,
                         options.xml);
   }
-  if (report.rows_unmatched > 0) text += "; run 'pellago check' to see why";
+  if (report.rows_unmatched > 0 || report.rows_not_fully_applied > 0) {
+    text += "; run 'pellago check' to see why";
+  }
   return text;
 }
 

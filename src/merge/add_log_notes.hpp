@@ -62,6 +62,8 @@ struct MergeReport {
   std::size_t subclips_made = 0;  // copies made for further rows
   std::size_t markers_added = 0;
   std::size_t rows_unmatched = 0;  // data rows whose Name matched no clip
+  // Row applications that left a value out as impossible (Rules::leave_out_impossible_values).
+  std::size_t rows_not_fully_applied = 0;
   // Clip items of sequences logged by rows that named no master clip (Rules::log_clip_items).
   std::size_t clip_items_logged = 0;
   // What the XML parser repaired. When count is not 0 the document was malformed: the clips

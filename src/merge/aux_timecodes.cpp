@@ -70,9 +70,11 @@ AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules,
   }
   const Element file = described_file(clip, files);
   // Without a file, or with a reference to one described nowhere, nothing can hold them.
-  if (!file || !file.holds_elements()) return {clip, std::nullopt, rules.merge_again_in_place};
+  if (!file || !file.holds_elements()) {
+    return {clip, std::nullopt, rules.merge_again_in_place, rules.leave_out_impossible_values};
+  }
   const Element format = file ? file.first(kFileFormat) : Element();
-  AuxPlace place{file, std::nullopt, rules.merge_again_in_place};
+  AuxPlace place{file, std::nullopt, rules.merge_again_in_place, rules.leave_out_impossible_values};
   if (format) {
     place.display_format = format.text();
   } else if (rules.create_missing_elements) {
@@ -81,17 +83,23 @@ AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules,
   return place;
 }
 
-void apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTiming& timing) {
-  if (!place.display_format) return;
+std::size_t apply_aux_timecodes(const AuxPlace& place, const LogRow& row,
+                                const ClipTiming& timing) {
+  if (!place.display_format) return 0;
   const std::string& display_format = *place.display_format;
   if (std::ranges::none_of(kAuxColumns,
                            [&row](const SheetColumn& aux) { return holds_value(row, aux); })) {
-    return;
+    return 0;
   }
   std::vector<Element> found = aux_elements(place.scope);
+  std::size_t left_out = 0;
   for (std::size_t i = 0; i < kAuxColumns.size(); ++i) {
     const SheetColumn& aux = kAuxColumns[i];
     if (!holds_value(row, aux)) continue;
+    if (place.leaves_out_non_timecodes && !is_timecode(*row.field(aux.header), timing.timebase)) {
+      ++left_out;
+      continue;
+    }
     const std::int64_t frames =
         to_frames(*row.field(aux.header), static_cast<double>(timing.timebase), display_format);
     const Element replaced = found[i];
@@ -114,6 +122,7 @@ void apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTim
     build_aux_timecode(timecode, frames, display_format, kAuxElements[i].value);
     file.append_child(timecode);
   }
+  return left_out;
 }
 
 }  // namespace pellago

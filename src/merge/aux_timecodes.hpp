@@ -22,6 +22,9 @@ struct AuxPlace {
   // A replaced aux timecode's successor takes its place (Rules::merge_again_in_place); otherwise
   // it goes to the end of the file.
   bool replaced_in_place = false;
+  // A value that is no timecode at the clip's timebase is left out
+  // (Rules::leave_out_impossible_values); otherwise it is written as it reads.
+  bool leaves_out_non_timecodes = false;
 };
 
 AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules = classic_rules(),
@@ -29,7 +32,7 @@ AuxPlace place_aux(Element clip, const ClipTiming& timing, const Rules& rules = 
 
 // Replaces the auxiliary timecodes at `place` with the row's values in the aux timecode columns
 // ("Aux TC 1" for source aux1, ...), appending the new ones to its first file element (the file
-// itself when that is the scope).
-void apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTiming& timing);
+// itself when that is the scope). Returns how many values it left out.
+std::size_t apply_aux_timecodes(const AuxPlace& place, const LogRow& row, const ClipTiming& timing);
 
 }  // namespace pellago

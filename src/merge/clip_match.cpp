@@ -76,11 +76,17 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   RowPlacement placement = place_row(row, target, timing, match.makes_subclip(j), match.clip_item);
   placement.aux = place_aux(target, timing, rules, run.files);
   placement.skips_present_markers = rules.merge_again_in_place;
+  if (rules.leave_out_impossible_values) {
+    leave_out_impossible_markers(placement, row, timing, clip_duration);
+  }
   if (run.observer) run.observer->row_placed(match, j, timing, clip_duration, placement);
   if (match.makes_subclip(j)) apply_subclip(row, target, placement, timing, clip_duration, rules);
   apply_logging_fields(target, row, run.document, rules);
   run.report.markers_added += apply_markers(row, placement, timing);
-  apply_aux_timecodes(placement.aux, row, timing);
+  const bool markers_left_out =
+      std::ranges::find(placement.markers_left_out, true) != placement.markers_left_out.end();
+  const std::size_t aux_left_out = apply_aux_timecodes(placement.aux, row, timing);
+  if (markers_left_out || aux_left_out > 0) ++run.report.rows_not_fully_applied;
 }
 
 // The subclips the rows cut that the document did not have.

@@ -81,6 +81,7 @@ std::size_t apply_markers(const LogRow& row, const RowPlacement& placement,
   std::size_t added = 0;
   for (std::size_t i = 0; i < row.markers.size(); ++i) {
     if (placement.skips_present_markers && placement.markers_present[i]) continue;
+    if (i < placement.markers_left_out.size() && placement.markers_left_out[i]) continue;
     const Element marker = media.create_element("marker");
     build_marker(marker, frames[i], row.markers[i], i);
     media.insert_after(marker);

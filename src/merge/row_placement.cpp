@@ -27,6 +27,19 @@ bool has_marker(Element anchor, std::int64_t frame, const std::string& name) {
 
 }  // namespace
 
+void leave_out_impossible_markers(RowPlacement& placement, const LogRow& row,
+                                  const ClipTiming& timing, std::int64_t clip_duration) {
+  if (!placement.marker_frames) return;
+  for (std::size_t i = 0; i < row.markers.size(); ++i) {
+    const std::int64_t frame = (*placement.marker_frames)[i];
+    const bool impossible = !is_timecode(row.markers[i].timecode, timing.timebase) || frame < 0 ||
+                            frame >= clip_duration;
+    if (!impossible) continue;
+    placement.markers_left_out.resize(row.markers.size());
+    placement.markers_left_out[i] = true;
+  }
+}
+
 std::string marker_name(const MarkerEntry& marker, std::size_t index) {
   return marker.name ? *marker.name : fmt::format("Marker {}", index + 1);
 }

@@ -45,9 +45,17 @@ struct RowPlacement {
   std::vector<bool> markers_present;
   // Markers present already are not added again (Rules::merge_again_in_place).
   bool skips_present_markers = false;
+  // For each of the row's markers, whether it is left out: its timecode is no timecode, or lands
+  // outside the clip's media (Rules::leave_out_impossible_values). Empty when none is.
+  std::vector<bool> markers_left_out;
   // Where the row's aux timecodes go.
   AuxPlace aux;
 };
+
+// Marks the row's markers whose timecode is no timecode at the clip's timebase, or lands outside
+// its media of `clip_duration` frames, as left out.
+void leave_out_impossible_markers(RowPlacement& placement, const LogRow& row,
+                                  const ClipTiming& timing, std::int64_t clip_duration);
 
 // The placement of the row in its target clip (a master clip or its copy, or a clip item of a
 // sequence). Frames need the clip's rate entry: without one they are left out, and the step that

@@ -23,6 +23,10 @@ struct Rules {
   // any letter case (Day1.XLSX). Otherwise row 1 holds the headers, every column in use needs one,
   // and only .xls and .xlsx, exactly, are log sheets.
   bool sheet_as_typed = false;
+  // A marker whose timecode is no timecode at the clip's timebase, or lands outside the clip's
+  // media, is left out, and so is an aux timecode that is no timecode; the merge counts the rows
+  // not fully applied. Otherwise they are written as they read (TBD as 00:00:00:00).
+  bool leave_out_impossible_values = false;
   // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
   // file's name without its extension, is that Name: logging fields and markers, never In, Out
   // or subclips.
@@ -81,6 +85,7 @@ constexpr Rules default_rules() {
                .blank_cells_change_nothing = true,
                .good_words = true,
                .sheet_as_typed = true,
+               .leave_out_impossible_values = true,
                .log_clip_items = true,
                .position_limit = false,
                .follow_file_references = true,

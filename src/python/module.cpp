@@ -390,6 +390,9 @@ PYBIND11_MODULE(pellago, module) {
       .def_readonly("markers_added", &MergeReport::markers_added, "Markers added.")
       .def_readonly("rows_unmatched", &MergeReport::rows_unmatched,
                     "Data rows, blank rows not counted, whose Name matched no clip.")
+      .def_readonly("rows_not_fully_applied", &MergeReport::rows_not_fully_applied,
+                    "Row applications that left out a value the clip cannot take (a marker "
+                    "outside its media, a timecode that is none).")
       .def_readonly("clip_items_logged", &MergeReport::clip_items_logged,
                     "Clip items of sequences logged by rows that named no master clip.")
       .def_readonly("recovered", &MergeReport::recovered,

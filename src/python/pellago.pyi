@@ -76,6 +76,10 @@ class MergeReport:
     def rows_unmatched(self) -> int:
         """Data rows, blank rows not counted, whose Name matched no clip."""
     @property
+    def rows_not_fully_applied(self) -> int:
+        """Row applications that left out a value the clip cannot take (a marker outside its
+        media, a timecode that is none)."""
+    @property
     def clip_items_logged(self) -> int:
         """Clip items of sequences logged by rows that named no master clip."""
     @property

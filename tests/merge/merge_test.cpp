@@ -218,6 +218,31 @@ TEST_F(MergeTest, BlankCellsChangeNothingUnderTheDefaultRules) {
   EXPECT_EQ(cleared.first("logginginfo/good").text(), "FALSE");
 }
 
+// A marker at TBD, one before the clip's media, and an aux timecode that is none: the default rules
+// leave them out and count the row; the classic rules write them as they read.
+TEST_F(MergeTest, ImpossibleValuesAreLeftOutUnderTheDefaultRules) {
+  write_xlsx(path("log.xlsx"),
+             {{"Name", "Marker Timecode", "Marker Timecode", "Marker Timecode", "Aux TC 1"},
+              {"A001_C001_0611AB", "TBD", "09:00:00:00", "10:00:05:00", "soon"}});
+  const auto merged = [&](const Rules& rules, MergeReport& report) {
+    Host host;
+    host.rules = rules;
+    report =
+        add_log_notes(path("log.xlsx"), source_path("examples/project.xml"), path("out.xml"), host);
+    return Document::parse_file(path("out.xml"));
+  };
+  MergeReport report;
+  const Document left_out = merged(default_rules(), report);
+  const Element clip = left_out.first_xpath("//clip[@id='A001_C001_0611AB']");
+  ASSERT_EQ(clip.children("marker").size(), 1u);
+  EXPECT_EQ(clip.child("marker").first("in").text(), "125");
+  EXPECT_FALSE(clip.first_xpath(".//timecode[source='aux1']"));
+  EXPECT_EQ(report.rows_not_fully_applied, 1u);
+  const Document classic = merged(classic_rules(), report);
+  EXPECT_EQ(classic.first_xpath("//clip[@id='A001_C001_0611AB']").children("marker").size(), 3u);
+  EXPECT_EQ(report.rows_not_fully_applied, 0u);
+}
+
 TEST_F(MergeTest, CancellingStopsAtTheNextClipAndWritesNothing) {
   write_file(path("out.xml"), "earlier output\n");
   for (const int cancel_after : {3, 6}) {
