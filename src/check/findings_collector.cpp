@@ -26,6 +26,12 @@ std::string repeated_name_message(const ClipMatch& match, std::size_t j,
   const int row = rows[match.rows[j]].sheet_row;
   const int first = rows[match.rows[0]].sheet_row;
   const std::size_t copy = match.copy_numbers[j];
+  if (match.leaves_out(j)) {
+    return fmt::format(
+        "row {} repeats the Name of row {} to cut a subclip that its In and Out cannot cut, so "
+        "the merge leaves the row out",
+        row, first);
+  }
   if (copy == 0) {
     return fmt::format(
         "row {} repeats the Name of row {} without both In and Out, so it logs the clip itself "
@@ -563,7 +569,9 @@ bool FindingsCollector::check_frame(const std::string& text, std::int64_t frame,
   const std::string span =
       fmt::format("write a timecode from {} (the clip's start) to {} (its end)", start, end);
   const std::string column_name = cell.column ? cell.column->header : std::string(cell.what);
-  const std::string_view fate = cell.left_out ? ", so the merge leaves the marker out" : "";
+  const std::string fate = cell.left_out.empty()
+                               ? std::string()
+                               : fmt::format(", so the merge leaves the {} out", cell.left_out);
 
   if (has_no_digits(text)) {
     add({.kind = FindingKind::timecode_without_digits,
@@ -654,8 +662,9 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
   const LogRow& row = (*rows_)[match.rows[j]];
   const int at = row_at(match.rows[j]);
   const ClipRef clip{match.name, match.id};
+  const std::string_view row_fate = placement.row_left_out ? "row" : "";
   const auto cell = [&](std::optional<Column> where, std::string_view what) {
-    return TimecodeCell{at, std::move(where), clip, what};
+    return TimecodeCell{at, std::move(where), clip, what, row_fate};
   };
 
   if (placement.subclip) {
@@ -672,9 +681,13 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
            .row = at,
            .column = column(kOutHeader),
            .clip = clip,
-           .message = fmt::format(
-               "the Out \"{}\" comes before the In \"{}\": the subclip gets the duration {}", out,
-               in, span.last + 1 - span.first),
+           .message = placement.row_left_out
+                          ? fmt::format("the Out \"{}\" comes before the In \"{}\", so the merge "
+                                        "leaves the row out",
+                                        out, in)
+                          : fmt::format("the Out \"{}\" comes before the In \"{}\": the subclip "
+                                        "gets the duration {}",
+                                        out, in, span.last + 1 - span.first),
            .suggestion = "swap In and Out"});
     }
   }
@@ -688,7 +701,9 @@ void FindingsCollector::check_timecodes(const ClipMatch& match, std::size_t j,
          .column = where,
          .clip = clip,
          .what = "marker timecode",
-         .left_out = i < placement.markers_left_out.size() && placement.markers_left_out[i]},
+         .left_out = i < placement.markers_left_out.size() && placement.markers_left_out[i]
+                         ? "marker"
+                         : ""},
         timing, clip_duration);
     if (!read || !placement.markers_present[i]) continue;
     const std::string name = marker_name(marker, i);

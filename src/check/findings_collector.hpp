@@ -58,7 +58,7 @@ struct FindingsCollector final : MergeObserver {
     std::optional<Column> column;
     ClipRef clip;
     std::string_view what;
-    bool left_out = false;  // the merge leaves the marker out
+    std::string_view left_out = {};  // what the merge leaves out for it: "marker", "row"
   };
   void check_number_cells(int at, const ClipRef& clip);
   void check_single_row(const ClipMatch& match, std::size_t j, const ClipTiming& timing);

@@ -15,6 +15,7 @@
 #include "merge/resolve_clip_timing.hpp"
 #include "merge/subclips.hpp"
 #include "sheet/columns.hpp"
+#include "timecode/to_frames.hpp"
 
 namespace pellago {
 
@@ -45,6 +46,49 @@ bool cut_for_row(Element subclip, std::size_t j, const ClipMatch& match, const M
                    read_clip_duration(match.clip));
 }
 
+// Whether the row's In and Out cut no subclip out of the clip's media: a point that is no
+// timecode, an Out before the In, or either outside the media.
+bool cuts_impossibly(const LogRow& row, const ClipTiming& timing, std::int64_t clip_duration) {
+  const std::string& in = *row.field(kInHeader);
+  const std::string& out = *row.field(kOutHeader);
+  if (!is_timecode(in, timing.timebase) || !is_timecode(out, timing.timebase)) return true;
+  const FrameSpan span{frame_in_clip(in, timing), frame_in_clip(out, timing)};
+  return span.last < span.first || span.first < 0 || span.last >= clip_duration;
+}
+
+// Takes the rows whose subclip cannot be cut out of those that get one, numbering the others'
+// copies again.
+void leave_out_impossible_subclips(ClipMatch& match, const MergeRun& run) {
+  const ClipTiming timing =
+      resolve_clip_timing(match.clip, frame_rates(run.host), run.host.rules, run.files);
+  if (!timing.rate) return;
+  const std::int64_t clip_duration = read_clip_duration(match.clip);
+  std::size_t copies = 0;
+  for (std::size_t j = 0; j < match.rows.size(); ++j) {
+    if (match.copy_numbers[j] == 0) continue;
+    if (cuts_impossibly(run.rows[match.rows[j]], timing, clip_duration)) {
+      match.left_out.resize(match.rows.size());
+      match.left_out[j] = true;
+      match.copy_numbers[j] = 0;
+    } else {
+      match.copy_numbers[j] = ++copies;
+    }
+  }
+}
+
+// The placement of a row left out, for an observer: where its subclip would have lain.
+void observe_left_out_row(const ClipMatch& match, std::size_t j, MergeRun& run) {
+  ++run.report.rows_not_fully_applied;
+  if (!run.observer) return;
+  const LogRow& row = run.rows[match.rows[j]];
+  const ClipTiming timing =
+      resolve_clip_timing(match.clip, frame_rates(run.host), run.host.rules, run.files);
+  const std::int64_t clip_duration = read_clip_duration(match.clip);
+  RowPlacement placement = place_row(row, match.clip, timing, true);
+  placement.row_left_out = true;
+  run.observer->row_placed(match, j, timing, clip_duration, placement);
+}
+
 // The subclips the rows cut beside the clip: those earlier merges cut, and new copies.
 void place_subclips_beside(ClipMatch& match, MergeRun& run) {
   std::span<const Element> earlier;
@@ -65,6 +109,7 @@ void apply_row(ClipMatch& match, std::size_t j, MergeRun& run) {
   const LogRow& row = run.rows[match.rows[j]];
   const Rules& rules = run.host.rules;
   if (run.observer) run.observer->row_started(match, j);
+  if (match.leaves_out(j)) return observe_left_out_row(match, j, run);
   if (!match.clip_item) clear_empty_in_out(row, match.target(j), rules);
   if (match.several && j == 0 && !match.kept_whole) make_copies(match, run);
   if (match.beyond_position_limit) return;
@@ -188,10 +233,11 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
   if (match && match->kept_whole && match->copy_count() > 0) {
     const auto first_cut =
         std::ranges::find_if(match->copy_numbers, [](std::size_t copy) { return copy != 0; });
+    const auto j = static_cast<std::size_t>(first_cut - match->copy_numbers.begin());
     try {
-      place_subclips_beside(*match, run);
+      if (run.host.rules.leave_out_impossible_values) leave_out_impossible_subclips(*match, run);
+      if (match->copy_count() > 0) place_subclips_beside(*match, run);
     } catch (const Error& error) {
-      const auto j = static_cast<std::size_t>(first_cut - match->copy_numbers.begin());
       throw in_row(error, *match, run.rows[match->rows[j]]);
     }
   }

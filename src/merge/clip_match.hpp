@@ -48,6 +48,10 @@ struct ClipMatch {
   std::vector<bool> reused;
   // The clip stays whole, its subclips beside it (Rules::subclips_beside_master_clip).
   bool kept_whole = false;
+  // left_out[j]: row position j cuts a subclip that cannot be (its Out before its In, a point that
+  // is no timecode or outside the media), and nothing of it is written
+  // (Rules::leave_out_impossible_values). Empty when no row is.
+  std::vector<bool> left_out = {};
 
   // The clip row position j is applied to.
   Element target(std::size_t j) const { return clips[copy_numbers[j]]; }
@@ -55,6 +59,8 @@ struct ClipMatch {
   bool makes_subclip(std::size_t j) const {
     return several && (!kept_whole || copy_numbers[j] != 0);
   }
+  // Whether row position j is left out.
+  bool leaves_out(std::size_t j) const { return j < left_out.size() && left_out[j]; }
   // Whether row position j updates a subclip an earlier merge cut.
   bool updates_earlier(std::size_t j) const {
     return copy_numbers[j] < reused.size() && reused[copy_numbers[j]];

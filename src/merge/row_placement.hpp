@@ -50,6 +50,8 @@ struct RowPlacement {
   std::vector<bool> markers_left_out;
   // Where the row's aux timecodes go.
   AuxPlace aux;
+  // The row cuts a subclip that cannot be, and nothing of it is written (ClipMatch::left_out).
+  bool row_left_out = false;
 };
 
 // Marks the row's markers whose timecode is no timecode at the clip's timebase, or lands outside

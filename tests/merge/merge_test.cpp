@@ -183,7 +183,7 @@ TEST_F(MergeTest, MergingAgainUpdatesWhatTheFirstMergeMade) {
       path("update.xlsx"),
       {{"Name", "Subclip Name", "In", "Out", "Marker Timecode", "Marker Name"},
        {"A001_C002_0611AB", "Rope throw", "10:02:50:10", "10:03:00:00", "10:02:58:00", "Catch"},
-       {"A001_C002_0611AB", "", "10:01:00:00", "10:01:10:00", "", ""}});
+       {"A001_C002_0611AB", "", "10:02:20:00", "10:02:30:00", "", ""}});
   const MergeReport updated =
       add_log_notes(path("update.xlsx"), path("once.xml"), path("updated.xml"), host);
   EXPECT_EQ(updated.subclips_made, 1u);
