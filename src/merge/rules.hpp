@@ -24,8 +24,9 @@ struct Rules {
   // and only .xls and .xlsx, exactly, are log sheets.
   bool sheet_as_typed = false;
   // A marker whose timecode is no timecode at the clip's timebase, or lands outside the clip's
-  // media, is left out, and so is an aux timecode that is no timecode; the merge counts the rows
-  // not fully applied. Otherwise they are written as they read (TBD as 00:00:00:00).
+  // media, is left out, and so is an aux timecode that is no timecode, and a row whose In and Out
+  // cannot cut its subclip (Out before In, outside the media) whole; the merge counts the rows not
+  // fully applied. Otherwise they are written as they read (TBD as 00:00:00:00).
   bool leave_out_impossible_values = false;
   // A row whose Name no master clip has logs the clip items in sequences whose name, or whose
   // file's name without its extension, is that Name: logging fields and markers, never In, Out
