@@ -2,7 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -55,6 +58,10 @@ std::string usage_message(const CLI::App* app, const CLI::Error& error) {
 
 int main(int argc, char** argv) {
   using namespace pellago::cli;
+  // A file size limit, or a closed pipe, makes a write fail, and the command with it, with one of
+  // its statuses: the signals would end the process without one.
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
 
   CLI::App app{
       "pellago merges the log notes of an Excel log sheet (.xls or .xlsx) into a Final Cut Pro "
@@ -81,6 +88,12 @@ int main(int argc, char** argv) {
     return app.exit(e) == 0 ? kExitOk : kExitUsage;
   } catch (const std::exception& e) {
     std::fputs(fmt::format("pellago: {}\n", pellago::failure_message(e)).c_str(), stderr);
+    return kExitError;
+  }
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    std::fputs(
+        fmt::format("pellago: cannot write standard output: {}\n", std::strerror(errno)).c_str(),
+        stderr);
     return kExitError;
   }
   return status;

@@ -2,7 +2,6 @@
 #include <fmt/ranges.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -145,10 +144,6 @@ void warn_recovered(const RecoveredErrors& errors, const std::string& xml) {
 }
 
 int run_merge(const MergeOptions& options) {
-  // A file size limit, or a closed pipe on standard output, must make write() fail (and the merge
-  // with it), not kill the process.
-  std::signal(SIGXFSZ, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN);
   std::optional<ProgressBar> bar;
   Host host;
   host.keep_document_until_exit = true;

@@ -68,6 +68,18 @@ expect_status 1 "check of a merge that fails" "pellago: clip *"
 [[ $(tail -n 1 "$scratch/stdout") == "row 2, clip \"A001_C001_0611AB\" (id A001_C001_0611AB): error: ${merge_err#pellago: }" ]] ||
   fail "check lists the failure as '$(tail -n 1 "$scratch/stdout")'"
 
+# A reader that stops early, and a file size limit: status 1 and one line, never a signal.
+"$pellago" check --changes --json "$data/check_mistakes.xlsx" "$project" 2>"$scratch/stderr" | head -c 10 >/dev/null
+status=${PIPESTATUS[0]} err=$(cat "$scratch/stderr")
+expect_status 1 "closed pipe" "pellago: cannot write standard output: Broken pipe"
+(
+  ulimit -f 1
+  "$pellago" check --changes "$data/check_mistakes.xlsx" "$project" >"$scratch/big.txt" 2>"$scratch/stderr"
+)
+status=$? err=$(cat "$scratch/stderr")
+expect_status 1 "file size limit" "pellago: cannot write standard output: File too large"
+rm "$scratch/big.txt"
+
 # Not a log sheet: status 3. Wrong usage: status 2.
 run check --classic "$scratch/log.XLSX" "$project"
 expect_status 3 "upper-case extension"
