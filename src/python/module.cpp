@@ -18,6 +18,7 @@
 #include "check/check.hpp"
 #include "error.hpp"
 #include "merge/add_log_notes.hpp"
+#include "merge/messages.hpp"
 #include "sheet/log_sheet_file.hpp"
 #include "timecode/to_frames.hpp"
 #include "version.hpp"
@@ -29,8 +30,16 @@ namespace pellago::python {
 
 namespace {
 
-// pellago.Error; made once when the module is imported and kept for the life of the process.
+// pellago.Error and pellago.NotALogSheet; made once when the module is imported and kept for the
+// life of the process.
 PyObject* error_type = nullptr;
+PyObject* not_a_log_sheet_type = nullptr;
+
+// Raises pellago.NotALogSheet for a path that names no log sheet.
+[[noreturn]] void raise_not_a_log_sheet(const std::filesystem::path& sheet) {
+  PyErr_SetString(not_a_log_sheet_type, not_a_log_sheet_message(sheet.string()).c_str());
+  throw py::error_already_set();
+}
 
 // pellago.Error with the message, the sheet row, column and clip of `error` (None when unknown).
 py::object python_error(const Error& error) {
@@ -140,6 +149,7 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
     report = add_log_notes(sheet.string(), xml.string(), output.string(), host);
   }
   if (callback) callback->rethrow_raised();
+  if (report.outcome == Outcome::not_a_log_sheet) raise_not_a_log_sheet(sheet);
   return report;
 }
 
@@ -155,6 +165,7 @@ CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesyste
                        CheckOptions{.changes = changes, .rules = chosen_rules(classic, recover)});
   }
   if (report.error && report.system_error != 0) throw Error(*report.error, report.system_error);
+  if (report.merge.outcome == Outcome::not_a_log_sheet) raise_not_a_log_sheet(sheet);
   return report;
 }
 
@@ -212,13 +223,13 @@ Sheet sheet_for_python(const LogSheet& log_sheet) {
   return sheet;
 }
 
-std::optional<Sheet> inspect(const std::filesystem::path& path) {
+Sheet inspect(const std::filesystem::path& path) {
   std::optional<LogSheet> log_sheet;
   {
     py::gil_scoped_release release;
     log_sheet = read_log_sheet(path.string());
   }
-  if (!log_sheet) return std::nullopt;
+  if (!log_sheet) raise_not_a_log_sheet(path);
   return sheet_for_python(*log_sheet);
 }
 
@@ -292,8 +303,9 @@ constexpr const char* kMergeDoc =
 "-" writes to standard output. An output that exists and is not a regular file, or is the sheet,
 is refused before anything is read.
 
-A sheet whose name does not end in ".xls" or ".xlsx" (lower case) is not a log sheet: nothing is
-read or written and the report's outcome is Outcome.not_a_log_sheet.
+A sheet whose name does not end in ".xls" or ".xlsx" (in any letter case; in lower case with
+classic=True) is not a log sheet: nothing is read or written, and pellago.NotALogSheet (a
+pellago.Error) is raised.
 
 progress, when given, is called as progress(done, total) with the number of clips visited and
 the number of clips in the document: once with done == 0, then after every clip. A progress that
@@ -319,15 +331,14 @@ or refuse...) and, with changes=True, every change the merge would make to the d
 
 A merge that would fail gives its message in the report's `error` and a finding of kind
 FindingKind.merge_fails, after the findings made before it. A sheet whose name does not end in
-".xls" or ".xlsx" gives the outcome Outcome.not_a_log_sheet and nothing else. Raises OSError when
-a file cannot be read.)";
+".xls" or ".xlsx" raises pellago.NotALogSheet. Raises OSError when a file cannot be read.)";
 
 constexpr const char* kInspectDoc =
-    R"(Reads the first worksheet of the log sheet `sheet` as the merge reads it: the header row as it
-is and one SheetRow per row from row 2 to the last, blank rows included. Returns None when
-`sheet` is not a log sheet (its name does not end in ".xls" or ".xlsx"). Raises OSError when the
-file cannot be read and pellago.Error when it is not a readable workbook or its headers are not
-usable.)";
+    R"(Reads the first worksheet of the log sheet `sheet` as the merge reads it by default: the header
+row as it is (the first of the first 20 rows with a Name header) and one SheetRow per row below it
+to the last, blank rows included. Raises pellago.NotALogSheet when `sheet` is not a log sheet
+(its name does not end in ".xls" or ".xlsx"), OSError when the file cannot be read and
+pellago.Error when it is not a readable workbook.)";
 
 constexpr const char* kToFramesDoc =
     R"(The frame count of a timecode as written in a log sheet ("01:00:00;00", "01.00.00.12",
@@ -353,6 +364,13 @@ PYBIND11_MODULE(pellago, module) {
       PyExc_ValueError, nullptr);
   if (error_type == nullptr) throw py::error_already_set();
   module.add_object("Error", py::handle(error_type));
+  not_a_log_sheet_type = PyErr_NewExceptionWithDoc(
+      "pellago.NotALogSheet",
+      "A sheet path whose extension is not .xls or .xlsx (in lower case, under the classic rules): "
+      "nothing was read or written.",
+      error_type, nullptr);
+  if (not_a_log_sheet_type == nullptr) throw py::error_already_set();
+  module.add_object("NotALogSheet", py::handle(not_a_log_sheet_type));
   for (const char* where : {"row", "column", "clip"}) {
     py::handle(error_type).attr(where) = py::none();
   }

@@ -18,6 +18,9 @@ class Error(ValueError):
     clip: Optional[ClipRef]
     """The clip being merged, or None."""
 
+class NotALogSheet(Error):
+    """A sheet path whose extension is not .xls or .xlsx: nothing was read or written."""
+
 class Outcome:
     """How a merge ended."""
 
@@ -274,8 +277,8 @@ def merge(
     progress(done, total) is called once with done == 0 and then after every clip; a progress
     that takes a third argument gets the MergePhase too, and is also called, with 0 and 0, as
     reading the sheet, reading the XML and writing begin. Returning False, or raising, cancels
-    before the next clip: nothing is written. A sheet not named .xls or .xlsx gives
-    Outcome.not_a_log_sheet. A document that is not well-formed raises pellago.Error, or with
+    before the next clip: nothing is written. A sheet not named .xls or .xlsx raises
+    NotALogSheet. A document that is not well-formed raises pellago.Error, or with
     recover=True is merged as far as it could be recovered (see MergeReport.recovered); classic
     rules recover unless recover=False. Raises OSError for files
     that cannot be read or written, pellago.Error for anything else that stops the merge;
@@ -295,8 +298,9 @@ def check(
     in `error` (and a merge_fails finding); a file that cannot be read raises OSError.
     """
 
-def inspect(sheet: _Path) -> Optional[Sheet]:
-    """The log sheet as the merge reads it; None when `sheet` is not an .xls or .xlsx file."""
+def inspect(sheet: _Path) -> Sheet:
+    """The log sheet as the merge reads it; raises NotALogSheet when `sheet` is not an .xls or
+    .xlsx file."""
 
 def to_frames(timecode: str, rate: float, display_format: str) -> int:
     """The frame count of a timecode at `rate` fps; display_format "DF" counts drop frames."""

@@ -55,8 +55,8 @@ def test_merge_writes_what_the_program_writes(tmp_path):
             report.markers_added, report.rows_unmatched) == (pellago.Outcome.merged, 6, 5, 3, 6, 1)
     assert repr(report).startswith("MergeReport(outcome=Outcome.merged, clips_visited=6,")
 
-    not_a_sheet = pellago.merge(tmp_path / "log.csv", PROJECT, tmp_path / "none.xml")
-    assert not_a_sheet.outcome == pellago.Outcome.not_a_log_sheet
+    with pytest.raises(pellago.NotALogSheet, match="log.csv is not a log sheet"):
+        pellago.merge(tmp_path / "log.csv", PROJECT, tmp_path / "none.xml")
     assert not (tmp_path / "none.xml").exists()
 
     assert run_cli("--version").stdout == f"pellago {pellago.__version__}\n"
@@ -152,8 +152,8 @@ def test_check_gives_what_the_program_prints_as_objects(tmp_path, broken):
     assert (at_clip.value.clip.name, at_clip.value.clip.id) == ("A001_C001_0611AB",) * 2
     with pytest.raises(FileNotFoundError, match=str(tmp_path / "missing.xml")):
         pellago.check(SHEET, tmp_path / "missing.xml")
-    assert pellago.check(tmp_path / "log.XLSX", PROJECT, classic=True).merge.outcome == (
-        pellago.Outcome.not_a_log_sheet)
+    with pytest.raises(pellago.Error):
+        pellago.check(tmp_path / "log.XLSX", PROJECT, classic=True)
     assert sorted(path.name for path in tmp_path.iterdir()) == ["broken.xml"]
 
 
@@ -208,7 +208,8 @@ def test_inspect_gives_the_sheet_as_python_values(tmp_path):
     assert (first.fields["Name"], first.fields["Good"]) == ("A001_C001_0611AB", "Yes")
     assert [(m.timecode, m.name, m.comment, m.color) for m in first.markers] == [
         ("10:00:05:00", "Slate", "", "red"), ("10:00:42:12", "Laugh", None, "green")]
-    assert pellago.inspect(tmp_path / "log.xls.bak") is None
+    with pytest.raises(pellago.NotALogSheet):
+        pellago.inspect(tmp_path / "log.xls.bak")
 
     # Row 1 alone: its cells keep their kinds.
     headers_only = tmp_path / "headers.xlsx"
