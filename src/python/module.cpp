@@ -1,11 +1,13 @@
 // The Python module `pellago`: the engine's merge, sheet reading and timecode conversion, with the
 // GIL released while the engine works.
 
+#include <fmt/format.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 #include <pybind11/stl/filesystem.h>
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -223,6 +225,22 @@ Sheet sheet_for_python(const LogSheet& log_sheet) {
   return sheet;
 }
 
+// to_frames for Python: a rate or a timecode it cannot use raises ValueError, where the engine
+// reads any text as some frame.
+std::int64_t frames_of(const std::string& timecode, double rate,
+                       const std::string& display_format) {
+  if (!std::isfinite(rate) || rate <= 0) {
+    throw py::value_error(fmt::format("{} is no frame rate: a rate is a number above 0", rate));
+  }
+  if (!is_timecode(timecode, std::llround(rate))) {
+    throw py::value_error(fmt::format(
+        "\"{}\" is not a timecode at {} frames per second: hours:minutes:seconds:frames, or a "
+        "number",
+        timecode, rate));
+  }
+  return to_frames(timecode, rate, display_format);
+}
+
 Sheet inspect(const std::filesystem::path& path) {
   std::optional<LogSheet> log_sheet;
   {
@@ -343,7 +361,8 @@ pellago.Error when it is not a readable workbook.)";
 constexpr const char* kToFramesDoc =
     R"(The frame count of a timecode as written in a log sheet ("01:00:00;00", "01.00.00.12",
 "1000012.0", "250") at `rate` frames per second, rounded to a whole number. display_format "DF"
-counts drop frames; any other text counts every frame. Every text gives a number.)";
+counts drop frames; any other text counts every frame. Raises ValueError for a rate that is not a
+number above 0 and for a text that is not a timecode at that rate ("TBD", "01:00:00:30" at 25).)";
 
 }  // namespace
 
@@ -509,5 +528,5 @@ PYBIND11_MODULE(pellago, module) {
   module.def("check", &check_sheet, kCheckDoc, "sheet"_a, "xml"_a, py::kw_only(),
              "changes"_a = false, "recover"_a = py::none(), "classic"_a = false);
   module.def("inspect", &inspect, kInspectDoc, "sheet"_a);
-  module.def("to_frames", &to_frames, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
+  module.def("to_frames", &frames_of, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
 }

@@ -303,4 +303,5 @@ def inspect(sheet: _Path) -> Sheet:
     .xlsx file."""
 
 def to_frames(timecode: str, rate: float, display_format: str) -> int:
-    """The frame count of a timecode at `rate` fps; display_format "DF" counts drop frames."""
+    """The frame count of a timecode at `rate` fps; display_format "DF" counts drop frames.
+    Raises ValueError for a rate that is not above 0 and a text that is not a timecode."""

@@ -61,6 +61,10 @@ def test_merge_writes_what_the_program_writes(tmp_path):
 
     assert run_cli("--version").stdout == f"pellago {pellago.__version__}\n"
     assert pellago.to_frames("01:00:00;00", 29.97, "DF") == 107892
+    for timecode, rate in (("01:00:00:00", 0), ("01:00:00:00", -25), ("01:00:00:00", float("nan")),
+                           ("TBD", 25)):
+        with pytest.raises(ValueError):
+            pellago.to_frames(timecode, rate, "NDF")
 
 
 def test_progress_is_called_per_clip_and_can_cancel(tmp_path):
