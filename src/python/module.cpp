@@ -134,9 +134,16 @@ Rules chosen_rules(bool classic, std::optional<bool> recover) {
   return rules;
 }
 
-MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::path& xml,
-                  const std::filesystem::path& output, std::optional<py::function> progress,
-                  std::optional<bool> recover, bool classic) {
+// A path given as str, bytes or os.PathLike, as the file system names it: os.fsencode's bytes,
+// so that a str holding surrogate escapes (os.listdir's names that are not UTF-8) names the file.
+std::filesystem::path file_path(const py::object& given) {
+  const py::object encoded = py::module_::import("os").attr("fsencode")(given);
+  return std::filesystem::path(std::string(py::bytes(encoded)));
+}
+
+MergeReport merge_paths(const std::filesystem::path& sheet, const std::filesystem::path& xml,
+                        const std::filesystem::path& output, std::optional<py::function> progress,
+                        std::optional<bool> recover, bool classic) {
   std::optional<ProgressCallback> callback;
   Host host;
   host.rules = chosen_rules(classic, recover);
@@ -155,9 +162,15 @@ MergeReport merge(const std::filesystem::path& sheet, const std::filesystem::pat
   return report;
 }
 
+MergeReport merge(const py::object& sheet, const py::object& xml, const py::object& output,
+                  std::optional<py::function> progress, std::optional<bool> recover, bool classic) {
+  return merge_paths(file_path(sheet), file_path(xml), file_path(output), std::move(progress),
+                     recover, classic);
+}
+
 // An input that cannot be read raises OSError, as it does for merge; any other failure of the
 // merge is part of the report (CheckReport::error and a merge_fails finding).
-CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesystem::path& xml,
+CheckReport check_paths(const std::filesystem::path& sheet, const std::filesystem::path& xml,
                         bool changes, std::optional<bool> recover, bool classic) {
   CheckReport report;
   {
@@ -169,6 +182,11 @@ CheckReport check_sheet(const std::filesystem::path& sheet, const std::filesyste
   if (report.error && report.system_error != 0) throw Error(*report.error, report.system_error);
   if (report.merge.outcome == Outcome::not_a_log_sheet) raise_not_a_log_sheet(sheet);
   return report;
+}
+
+CheckReport check_sheet(const py::object& sheet, const py::object& xml, bool changes,
+                        std::optional<bool> recover, bool classic) {
+  return check_paths(file_path(sheet), file_path(xml), changes, recover, classic);
 }
 
 // Every enumerator of one of the library's tables, under its name there.
@@ -241,7 +259,7 @@ std::int64_t frames_of(const std::string& timecode, double rate,
   return to_frames(timecode, rate, display_format);
 }
 
-Sheet inspect(const std::filesystem::path& path) {
+Sheet inspect_path(const std::filesystem::path& path) {
   std::optional<LogSheet> log_sheet;
   {
     py::gil_scoped_release release;
@@ -250,6 +268,8 @@ Sheet inspect(const std::filesystem::path& path) {
   if (!log_sheet) raise_not_a_log_sheet(path);
   return sheet_for_python(*log_sheet);
 }
+
+Sheet inspect(const py::object& sheet) { return inspect_path(file_path(sheet)); }
 
 std::string optional_repr(const std::optional<std::string>& text) {
   return text ? py::repr(py::str(*text)).cast<std::string>() : "None";

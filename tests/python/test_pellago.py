@@ -10,11 +10,13 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import threading
 import time
 
+import shutil
 import pytest
 import xlsxwriter
 
@@ -222,6 +224,10 @@ def test_inspect_gives_the_sheet_as_python_values(tmp_path):
     workbook.close()
     sheet = pellago.inspect(headers_only)
     assert (sheet.headers, sheet.rows) == (["Name", 12.5, None, "Scene"], [])
+    # A file name that is not UTF-8, as os.listdir gives it: a str with surrogate escapes.
+    odd = os.fsdecode(os.fsencode(str(tmp_path)) + b"/\xff.xlsx")
+    shutil.copy(headers_only, os.fsencode(odd))
+    assert pellago.inspect(odd).headers[0] == "Name"
 
 
 def test_other_threads_run_while_a_large_merge_works(tmp_path):
