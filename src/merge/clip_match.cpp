@@ -30,6 +30,15 @@ void make_copies(ClipMatch& match, MergeRun& run) {
   run.report.subclips_made += match.copy_count();
 }
 
+// The matched clip's timing, resolved the first time it is asked for.
+const ClipTiming& clip_timing(const ClipMatch& match, const MergeRun& run,
+                              std::optional<ClipTiming>& timing) {
+  if (!timing) {
+    timing = resolve_clip_timing(match.clip, frame_rates(run.host), run.host.rules, run.files);
+  }
+  return *timing;
+}
+
 // Whether the earlier subclip is the one row position j cuts: it has the row's Subclip Name, or,
 // for a row without one, the span of its In and Out in the clip's media.
 bool cut_for_row(Element subclip, std::size_t j, const ClipMatch& match, const MergeRun& run,
@@ -37,12 +46,11 @@ bool cut_for_row(Element subclip, std::size_t j, const ClipMatch& match, const M
   const LogRow& row = run.rows[match.rows[j]];
   const std::string* name = row.field(kSubclipNameHeader);
   if (name && !name->empty()) return subclip.first("name").text() == *name;
-  if (!timing)
-    timing = resolve_clip_timing(match.clip, frame_rates(run.host), run.host.rules, run.files);
-  if (!timing->rate) return false;
+  const ClipTiming& resolved = clip_timing(match, run, timing);
+  if (!resolved.rate) return false;
   return is_cut_at(subclip,
-                   FrameSpan{frame_in_clip(*row.field(kInHeader), *timing),
-                             frame_in_clip(*row.field(kOutHeader), *timing)},
+                   FrameSpan{frame_in_clip(*row.field(kInHeader), resolved),
+                             frame_in_clip(*row.field(kOutHeader), resolved)},
                    read_clip_duration(match.clip));
 }
 
@@ -58,9 +66,9 @@ bool cuts_impossibly(const LogRow& row, const ClipTiming& timing, std::int64_t c
 
 // Takes the rows whose subclip cannot be cut out of those that get one, numbering the others'
 // copies again.
-void leave_out_impossible_subclips(ClipMatch& match, const MergeRun& run) {
-  const ClipTiming timing =
-      resolve_clip_timing(match.clip, frame_rates(run.host), run.host.rules, run.files);
+void leave_out_impossible_subclips(ClipMatch& match, const MergeRun& run,
+                                   std::optional<ClipTiming>& resolved) {
+  const ClipTiming& timing = clip_timing(match, run, resolved);
   if (!timing.rate) return;
   const std::int64_t clip_duration = read_clip_duration(match.clip);
   std::size_t copies = 0;
@@ -90,14 +98,13 @@ void observe_left_out_row(const ClipMatch& match, std::size_t j, MergeRun& run) 
 }
 
 // The subclips the rows cut beside the clip: those earlier merges cut, and new copies.
-void place_subclips_beside(ClipMatch& match, MergeRun& run) {
+void place_subclips_beside(ClipMatch& match, MergeRun& run, std::optional<ClipTiming>& timing) {
   std::span<const Element> earlier;
   if (run.earlier && match.id) {
     if (const auto found = run.earlier->find(*match.id); found != run.earlier->end()) {
       earlier = found->second;
     }
   }
-  std::optional<ClipTiming> timing;
   make_subclip_copies(match, run.host.rules, earlier, [&](Element subclip, std::size_t j) {
     return cut_for_row(subclip, j, match, run, timing);
   });
@@ -235,8 +242,12 @@ void visit_clip(Element clip, std::size_t position, MergeRun& run) {
         std::ranges::find_if(match->copy_numbers, [](std::size_t copy) { return copy != 0; });
     const auto j = static_cast<std::size_t>(first_cut - match->copy_numbers.begin());
     try {
-      if (run.host.rules.leave_out_impossible_values) leave_out_impossible_subclips(*match, run);
-      if (match->copy_count() > 0) place_subclips_beside(*match, run);
+      // The clip's timing, resolved once for both.
+      std::optional<ClipTiming> timing;
+      if (run.host.rules.leave_out_impossible_values) {
+        leave_out_impossible_subclips(*match, run, timing);
+      }
+      if (match->copy_count() > 0) place_subclips_beside(*match, run, timing);
     } catch (const Error& error) {
       throw in_row(error, *match, run.rows[match->rows[j]]);
     }
