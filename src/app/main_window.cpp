@@ -30,6 +30,7 @@
 
 #include "check/check.hpp"
 #include "error.hpp"
+#include "merge/merge_document.hpp"
 #include "merge/messages.hpp"
 #include "workbook/workbook.hpp"
 
@@ -48,7 +49,7 @@ std::string local_path(const QString& path) { return QFile::encodeName(path).toS
 QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
 
 bool is_log_sheet(const QString& path) {
-  return sheet_kind(local_path(path)) != SheetKind::not_a_log_sheet;
+  return log_sheet_kind(local_path(path), default_rules()) != SheetKind::not_a_log_sheet;
 }
 
 // Runs on the worker thread. The report is shared, not copied, with the window's tables: on a
