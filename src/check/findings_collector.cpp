@@ -224,13 +224,14 @@ void FindingsCollector::check_untitled_columns() {
     int cells = 0;
     const LogRow* first = nullptr;
     for (const LogRow& row : *rows_) {
-      if (cell_text(workbook_->cell(row.sheet_row, column)).empty()) continue;
+      if (std::holds_alternative<std::monostate>(workbook_->cell(row.sheet_row, column))) continue;
       if (!first) first = &row;
       ++cells;
     }
     if (!first) continue;
     const std::string letters = column_letters(column);
-    const std::string text = cell_text(workbook_->cell(first->sheet_row, column));
+    const std::string text =
+        cell_text_at(*workbook_, first->sheet_row, column, options_.rules.cells_as_shown);
     add({.kind = FindingKind::cell_without_header,
          .severity = Severity::warning,
          .row = first->sheet_row,
@@ -414,6 +415,10 @@ void FindingsCollector::check_number_cells(int at, const ClipRef& clip) {
   for (int column = 1; column <= static_cast<int>(headers_.size()); ++column) {
     const auto* header = std::get_if<std::string>(&headers_[column - 1]);
     if (!header || !is_text_header(*header)) continue;
+    if (options_.rules.cells_as_shown) {
+      check_date_cell(at, column, *header, clip);
+      continue;
+    }
     const std::optional<std::string> typed = whole_number_typed(workbook_->cell(at, column));
     if (!typed) continue;
     add({.kind = FindingKind::number_in_text_column,
@@ -427,6 +432,25 @@ void FindingsCollector::check_number_cells(int at, const ClipRef& clip) {
          .suggestion =
              fmt::format("format the {} column as text and type {} again", *header, *typed)});
   }
+}
+
+// A date in a text column is written as the sheet shows it; a spreadsheet makes one of what was
+// typed as text often enough ("3/4" as a Shot/Take) to say so.
+void FindingsCollector::check_date_cell(int at, int column, const std::string& header,
+                                        const ClipRef& clip) {
+  const Cell& cell = workbook_->cell(at, column);
+  if (!std::holds_alternative<DateTime>(cell)) return;
+  add({.kind = FindingKind::date_in_text_column,
+       .severity = Severity::note,
+       .row = at,
+       .column = column_at(column),
+       .clip = clip,
+       .message = fmt::format("the {} cell holds a {}, which the merge writes as the sheet shows "
+                              "it: \"{}\"",
+                              header, cell_kind_name(cell),
+                              shown_text(cell, workbook_->number_format(at, column))),
+       .suggestion = fmt::format(
+           "if the text typed was meant, format the {} column as text and type it again", header)});
 }
 
 void FindingsCollector::check_single_row(const ClipMatch& match, std::size_t j,

@@ -61,6 +61,7 @@ struct FindingsCollector final : MergeObserver {
     std::string_view left_out = {};  // what the merge leaves out for it: "marker", "row"
   };
   void check_number_cells(int at, const ClipRef& clip);
+  void check_date_cell(int at, int column, const std::string& header, const ClipRef& clip);
   void check_single_row(const ClipMatch& match, std::size_t j, const ClipTiming& timing);
   void check_untitled_columns();
   void check_words(const ClipMatch& match, std::size_t j, const ClipTiming& timing,

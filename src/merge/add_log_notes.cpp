@@ -167,7 +167,8 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   WorkbookReading reading = start_reading_workbook(sheet_path, kind);
   const SheetLayout layout{
       .header_row = host.rules.sheet_as_typed ? find_header_row(reading.sheet()) : 1,
-      .as_typed = host.rules.sheet_as_typed};
+      .as_typed = host.rules.sheet_as_typed,
+      .as_shown = host.rules.cells_as_shown};
   const std::vector<Cell> headers = read_header_row(reading.sheet(), layout.header_row);
   if (host.set_column_headers) host.set_column_headers(headers);
   std::future<SheetRows> sheet = read_rest_in_background(reading, headers, layout, sheet_path,

@@ -23,6 +23,11 @@ struct Rules {
   // any letter case (Day1.XLSX). Otherwise row 1 holds the headers, every column in use needs one,
   // and only .xls and .xlsx, exactly, are log sheets.
   bool sheet_as_typed = false;
+  // A cell is read as the spreadsheet shows it: a number or a date by its number format (12 as
+  // "12", 0.5 under "0%" as "50%", a date under "d-mmm" as "4-Mar"), a truth value as TRUE or
+  // FALSE. Otherwise a number reads as a float prints (12 as "12.0"), a date in ISO 8601 form and
+  // a truth value as true or false.
+  bool cells_as_shown = false;
   // A marker whose timecode is no timecode at the clip's timebase, or lands outside the clip's
   // media, is left out, and so is an aux timecode that is no timecode, and a row whose In and Out
   // cannot cut its subclip (Out before In, outside the media) whole; the merge counts the rows not
@@ -86,6 +91,7 @@ constexpr Rules default_rules() {
                .blank_cells_change_nothing = true,
                .good_words = true,
                .sheet_as_typed = true,
+               .cells_as_shown = true,
                .leave_out_impossible_values = true,
                .log_clip_items = true,
                .position_limit = false,

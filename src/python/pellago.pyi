@@ -118,6 +118,7 @@ class FindingKind:
     good_word_unknown: ClassVar[FindingKind]
     cell_without_header: ClassVar[FindingKind]
     header_alias: ClassVar[FindingKind]
+    date_in_text_column: ClassVar[FindingKind]
     @property
     def name(self) -> str: ...
     @property

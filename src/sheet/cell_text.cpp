@@ -10,6 +10,8 @@
 #include <cstring>
 #include <utility>
 
+#include "workbook/format_code.hpp"
+
 namespace pellago {
 
 namespace {
@@ -98,6 +100,18 @@ std::string cell_text(const Cell& cell) {
   if (const auto* truth = std::get_if<bool>(&cell)) return *truth ? "true" : "false";
   if (const auto* date = std::get_if<DateTime>(&cell)) return date_time_text(*date);
   return {};
+}
+
+std::string shown_text(const Cell& cell, std::string_view format_code) {
+  if (const auto* number = std::get_if<double>(&cell)) return format_number(*number, format_code);
+  if (const auto* truth = std::get_if<bool>(&cell)) return *truth ? "TRUE" : "FALSE";
+  if (const auto* date = std::get_if<DateTime>(&cell)) return format_date_time(*date, format_code);
+  return cell_text(cell);
+}
+
+std::string cell_text_at(const Workbook& workbook, int row, int column, bool as_shown) {
+  const Cell& cell = workbook.cell(row, column);
+  return as_shown ? shown_text(cell, workbook.number_format(row, column)) : cell_text(cell);
 }
 
 std::string_view cell_kind_name(const Cell& cell) {

@@ -28,6 +28,7 @@ struct ColumnPlan {
 struct SheetPlan {
   std::shared_ptr<const std::vector<std::string>> headers;
   std::vector<ColumnPlan> columns;  // in column order
+  bool as_shown = false;
 };
 
 // An error about the column (1-based) under `header`, naming it in its fields too.
@@ -81,7 +82,7 @@ SheetPlan plan_columns(const std::vector<Cell>& header_row, const SheetLayout& l
     }
     columns.push_back(plan);
   }
-  return {std::move(headers), std::move(columns)};
+  return {std::move(headers), std::move(columns), layout.as_shown};
 }
 
 // Every text read from the sheet may end up in the XML document: one that XML 1.0 cannot carry
@@ -106,7 +107,7 @@ LogRow read_log_row(const Workbook& workbook, int row, const SheetPlan& plan) {
   MarkerEntry unlisted;
   MarkerEntry* marker = &unlisted;
   for (const ColumnPlan& column : plan.columns) {
-    std::string text = cell_text(workbook.cell(row, column.column));
+    std::string text = cell_text_at(workbook, row, column.column, plan.as_shown);
     require_xml_text(text, row, column);
     if (!column.marker) {
       if (!text.empty() && column.slot >= log_row.values.size()) {

@@ -15,10 +15,12 @@ inline constexpr int kHeaderRowsSearched = kRowsReadFirst;
 
 // Where a sheet's rows stand, and how its headers are read: with as_typed, columns without a text
 // header are left out and every header is read as header_read_as reads it (any letter case,
-// aliases); otherwise every column in use needs a text header, compared exactly.
+// aliases); otherwise every column in use needs a text header, compared exactly. With as_shown a
+// cell reads as the spreadsheet shows it (shown_text), otherwise as cell_text writes it.
 struct SheetLayout {
   int header_row = 1;
   bool as_typed = false;
+  bool as_shown = false;
 };
 
 // One marker of a row. timecode is never empty; the others are absent when their column is.

@@ -10,7 +10,8 @@ std::optional<LogSheet> read_log_sheet(const std::string& path) {
   const SheetKind kind = sheet_kind_ignoring_case(path);
   if (kind == SheetKind::not_a_log_sheet) return std::nullopt;
   const Workbook workbook = open_workbook(path, kind);
-  const SheetLayout layout{.header_row = find_header_row(workbook), .as_typed = true};
+  const SheetLayout layout{
+      .header_row = find_header_row(workbook), .as_typed = true, .as_shown = true};
   LogSheet sheet{.header_row = layout.header_row,
                  .headers = read_header_row(workbook, layout.header_row),
                  .rows = {}};

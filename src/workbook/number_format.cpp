@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "workbook/format_code.hpp"
+
 namespace pellago {
 
 namespace {
@@ -134,6 +136,20 @@ DateKind format_date_kind(int format_id, const std::map<int, std::string>& custo
   const auto custom = custom_codes.find(format_id);
   return custom != custom_codes.end() ? custom_date_kind(custom->second)
                                       : builtin_date_kind(format_id);
+}
+
+CellFormats cell_formats(const std::vector<int>& format_ids,
+                         const std::map<int, std::string>& custom_codes) {
+  CellFormats formats;
+  formats.kinds.reserve(format_ids.size());
+  formats.codes.reserve(format_ids.size());
+  for (const int id : format_ids) {
+    formats.kinds.push_back(format_date_kind(id, custom_codes));
+    const auto custom = custom_codes.find(id);
+    formats.codes.emplace_back(custom != custom_codes.end() ? std::string_view(custom->second)
+                                                            : builtin_format_code(id));
+  }
+  return formats;
 }
 
 std::optional<DateTime> serial_date_time(double serial, DateKind kind, bool date1904) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "workbook/workbook.hpp"
 
@@ -19,6 +20,17 @@ DateKind custom_date_kind(std::string_view format_code);
 // The kind of the number format with that id: its custom code's when the workbook defines one,
 // else the built-in format's.
 DateKind format_date_kind(int format_id, const std::map<int, std::string>& custom_codes);
+
+// The number formats of a workbook's cell formats (its XF records, or its styles' cellXfs), by
+// the index its cells give.
+struct CellFormats {
+  std::vector<DateKind> kinds;
+  std::vector<std::string> codes;  // empty for General
+};
+
+// The cell formats whose number format ids are `format_ids`, with the workbook's custom codes.
+CellFormats cell_formats(const std::vector<int>& format_ids,
+                         const std::map<int, std::string>& custom_codes);
 
 // The serial number as a value of its kind; a time of one day or more becomes a date and time.
 // Serials count days from 1900 with the 1900 leap-year quirk (60 is 1900-02-29), or from

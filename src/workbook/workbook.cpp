@@ -32,20 +32,35 @@ SheetKind kind_of_extension(const std::string& extension) {
 
 }  // namespace
 
-const Cell& Workbook::cell(int row, int column) const {
-  if (row < 1 || column < 1 || row > last_row()) return kEmpty;
+const Workbook::Entry* Workbook::find(int row, int column) const {
+  if (row < 1 || column < 1 || row > last_row()) return nullptr;
   const auto& cells = rows_[row - 1];
   const auto found =
       std::lower_bound(cells.begin(), cells.end(), column,
                        [](const Entry& entry, int wanted) { return entry.column < wanted; });
-  return found != cells.end() && found->column == column ? found->value : kEmpty;
+  return found != cells.end() && found->column == column ? &*found : nullptr;
+}
+
+const Cell& Workbook::cell(int row, int column) const {
+  const Entry* entry = find(row, column);
+  return entry ? entry->value : kEmpty;
+}
+
+std::string_view Workbook::number_format(int row, int column) const {
+  const Entry* entry = find(row, column);
+  if (!entry || entry->format >= number_formats_.size()) return {};
+  return number_formats_[entry->format];
+}
+
+void Workbook::set_number_formats(std::vector<std::string> codes) {
+  number_formats_ = std::move(codes);
 }
 
 int Workbook::last_row() const { return static_cast<int>(rows_.size()); }
 
 int Workbook::last_column() const { return last_column_; }
 
-void Workbook::set_cell(int row, int column, Cell value) {
+void Workbook::set_cell(int row, int column, Cell value, std::uint32_t format) {
   if (row < 1 || column < 1 || std::holds_alternative<std::monostate>(value)) return;
   if (static_cast<std::size_t>(row) > rows_.size()) {
     // Readers go row by row: a new row is likely as wide as the one before it.
@@ -55,15 +70,16 @@ void Workbook::set_cell(int row, int column, Cell value) {
   }
   auto& cells = rows_[row - 1];
   if (cells.empty() || cells.back().column < column) {
-    cells.push_back({column, std::move(value)});
+    cells.push_back({column, format, std::move(value)});
   } else {
     const auto found =
         std::lower_bound(cells.begin(), cells.end(), column,
                          [](const Entry& entry, int wanted) { return entry.column < wanted; });
     if (found->column == column) {
       found->value = std::move(value);
+      found->format = format;
     } else {
-      cells.insert(found, {column, std::move(value)});
+      cells.insert(found, {column, format, std::move(value)});
     }
   }
   last_column_ = std::max(last_column_, column);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -37,22 +38,32 @@ class Workbook {
  public:
   // The cell at (row, column); an empty cell outside the used range.
   const Cell& cell(int row, int column) const;
+  // The number format code the cell is shown by ("0.00", "d-mmm"); empty for General, for text
+  // and for an empty cell.
+  std::string_view number_format(int row, int column) const;
   // Index of the last row and of the last column that hold a value.
   int last_row() const;
   int last_column() const;
 
-  // Readers fill the sheet with this; cells may come in any order.
-  void set_cell(int row, int column, Cell value);
+  // Readers fill the sheet with this; cells may come in any order. `format` indexes the codes
+  // given to set_number_formats.
+  static constexpr std::uint32_t kGeneral = 0xFFFFFFFF;
+  void set_cell(int row, int column, Cell value, std::uint32_t format = kGeneral);
+  // The number format codes of the workbook, by the index its cells give.
+  void set_number_formats(std::vector<std::string> codes);
 
  private:
   struct Entry {
     int column;
+    std::uint32_t format;
     Cell value;
   };
+  const Entry* find(int row, int column) const;
   // rows_[r - 1] holds the cells of row r that have a value, by ascending column: memory follows
   // the cells in use, not the sheet's extent.
   std::vector<std::vector<Entry>> rows_;
   int last_column_ = 0;
+  std::vector<std::string> number_formats_;
 };
 
 // The text of all the cells of a sheet together may not pass this many bytes: a file of a few

@@ -48,7 +48,7 @@ constexpr int kColumns = 256;
 // What the workbook globals say about the first worksheet's cells.
 struct Globals {
   bool date1904 = false;
-  std::vector<DateKind> format_kinds;  // by XF index
+  CellFormats formats;  // by XF index
   std::vector<std::string> shared_strings;
   std::optional<std::uint32_t> first_worksheet;  // stream offset of its BOF record
 };
@@ -84,7 +84,7 @@ std::vector<std::string> read_shared_strings(const Record& record) {
 Globals read_globals(RecordStream& records) {
   require_bof(records.next(), kGlobalsSubstream);
   Globals globals;
-  std::vector<std::uint16_t> xf_formats;
+  std::vector<int> xf_formats;
   std::map<int, std::string> custom_codes;
   for (;;) {
     if (records.at_end()) damaged("the workbook globals have no EOF record");
@@ -92,9 +92,7 @@ Globals read_globals(RecordStream& records) {
     RecordReader reader(record);
     switch (record.type) {
       case record_type::kEof:
-        for (const std::uint16_t format : xf_formats) {
-          globals.format_kinds.push_back(format_date_kind(format, custom_codes));
-        }
+        globals.formats = cell_formats(xf_formats, custom_codes);
         return globals;
       case record_type::kFilePass:
         throw Error("it is password-protected (encrypted); save it without a password");
@@ -284,12 +282,12 @@ class SheetReader {
   }
 
   void store_number(Position at, std::uint16_t xf, double number) {
-    const auto& kinds = globals_.format_kinds;
+    const auto& kinds = globals_.formats.kinds;
     const DateKind kind = xf < kinds.size() ? kinds[xf] : DateKind::none;
     if (auto date = serial_date_time(number, kind, globals_.date1904)) {
-      sheet.set_cell(at.row, at.column, *date);
+      sheet.set_cell(at.row, at.column, *date, xf);
     } else {
-      sheet.set_cell(at.row, at.column, number);
+      sheet.set_cell(at.row, at.column, number, xf);
     }
   }
 
@@ -331,6 +329,7 @@ Workbook read_xls(const std::string& path, std::uint64_t cell_text_bytes) {
     RecordStream sheet_records(stream, *globals.first_worksheet);
     SheetReader reader(globals, cell_text_bytes);
     reader.read(sheet_records);
+    reader.sheet.set_number_formats(globals.formats.codes);
     return std::move(reader.sheet);
   } catch (const Error& e) {
     throw Error(fmt::format("{}: cannot read the .xls workbook: {}", path, e.what()),

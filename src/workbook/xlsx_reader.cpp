@@ -70,7 +70,7 @@ std::string_view trimmed(std::string_view text) {
 
 struct SheetContext {
   const std::vector<std::string>& shared_strings;
-  const std::vector<DateKind>& format_kinds;
+  const CellFormats& formats;
   bool date1904;
   std::uint64_t cell_text_limit;
 };
@@ -148,7 +148,7 @@ class WorksheetHandler final : public PartHandler {
     }
     require_in_order();
     type_ = cell_type(attributes.get("t").value_or(""));
-    style_ = parse_number<int>(attributes.get("s").value_or("")).value_or(0);
+    style_ = parse_number<std::uint32_t>(attributes.get("s").value_or("")).value_or(0);
     value_.clear();
     has_value_ = false;
   }
@@ -184,7 +184,7 @@ class WorksheetHandler final : public PartHandler {
         return store_text(value_);
       case CellType::iso_date:
         if (const auto date = parse_iso_date_time(trimmed(value_))) {
-          sheet.set_cell(row_, column_, *date);
+          sheet.set_cell(row_, column_, *date, style_);
           return;
         }
         return store_text(value_);
@@ -197,14 +197,12 @@ class WorksheetHandler final : public PartHandler {
       throw Error(fmt::format("cell {} holds \"{}\" where a number belongs",
                               cell_name(row_, column_), value_));
     }
-    const auto& kinds = context_.format_kinds;
-    const DateKind kind = style_ >= 0 && static_cast<std::size_t>(style_) < kinds.size()
-                              ? kinds[style_]
-                              : DateKind::none;
+    const auto& kinds = context_.formats.kinds;
+    const DateKind kind = style_ < kinds.size() ? kinds[style_] : DateKind::none;
     if (auto date = serial_date_time(*number, kind, context_.date1904)) {
-      sheet.set_cell(row_, column_, *date);
+      sheet.set_cell(row_, column_, *date, style_);
     } else {
-      sheet.set_cell(row_, column_, *number);
+      sheet.set_cell(row_, column_, *number, style_);
     }
   }
 
@@ -233,7 +231,7 @@ class WorksheetHandler final : public PartHandler {
   int previous_row_ = 0;
   int previous_column_ = 0;
   CellType type_ = CellType::number;
-  int style_ = 0;
+  std::uint32_t style_ = 0;
   std::string value_;
   bool has_value_ = false;
   bool in_value_ = false;
@@ -270,16 +268,18 @@ struct XlsxReading::State {
             layout.shared_strings_part
                 ? read_shared_strings(package, *layout.shared_strings_part, limits.other_part_bytes)
                 : std::vector<std::string>{}),
-        format_kinds(layout.styles_part ? read_cell_format_kinds(package, *layout.styles_part,
-                                                                 limits.other_part_bytes)
-                                        : std::vector<DateKind>{}),
-        handler({shared_strings, format_kinds, layout.date1904, limits.cell_text_bytes}),
-        worksheet(package, layout.worksheet_part, limits.worksheet_part_bytes, handler) {}
+        formats(layout.styles_part
+                    ? read_cell_formats(package, *layout.styles_part, limits.other_part_bytes)
+                    : CellFormats{}),
+        handler({shared_strings, formats, layout.date1904, limits.cell_text_bytes}),
+        worksheet(package, layout.worksheet_part, limits.worksheet_part_bytes, handler) {
+    handler.sheet.set_number_formats(formats.codes);
+  }
 
   const ZipPackage package;
   const XlsxLayout layout;
   const std::vector<std::string> shared_strings;
-  const std::vector<DateKind> format_kinds;
+  const CellFormats formats;
   WorksheetHandler handler;
   PartParse worksheet;
 };

@@ -36,14 +36,11 @@ class StylesHandler final : public PartHandler {
 
 }  // namespace
 
-std::vector<DateKind> read_cell_format_kinds(const ZipPackage& package,
-                                             const std::string& part_name, std::uint64_t cap) {
+CellFormats read_cell_formats(const ZipPackage& package, const std::string& part_name,
+                              std::uint64_t cap) {
   StylesHandler handler;
   parse_part(package, part_name, cap, handler);
-  std::vector<DateKind> kinds;
-  kinds.reserve(handler.format_ids.size());
-  for (int id : handler.format_ids) kinds.push_back(format_date_kind(id, handler.custom_codes));
-  return kinds;
+  return cell_formats(handler.format_ids, handler.custom_codes);
 }
 
 }  // namespace pellago

@@ -9,9 +9,9 @@
 
 namespace pellago {
 
-// The date kind of each cell format (cellXfs) of the styles part, by its index: the "s"
+// The number format of each cell format (cellXfs) of the styles part, by its index: the "s"
 // attribute of a cell. The part may unpack to cap bytes.
-std::vector<DateKind> read_cell_format_kinds(const ZipPackage& package,
-                                             const std::string& part_name, std::uint64_t cap);
+CellFormats read_cell_formats(const ZipPackage& package, const std::string& part_name,
+                              std::uint64_t cap);
 
 }  // namespace pellago

@@ -291,6 +291,43 @@ def write_typed_fixtures():
         xlsx.close()
 
 
+# Numbers and dates under number formats, each beside the text a spreadsheet program shows for it,
+# written as .xls and as .xlsx: column A the value, column B the text shown.
+SHOWN = [
+    (12, "General", "12"), (12.5, "General", "12.5"), (1 / 3, "General", "0.333333333"),
+    (123456789012, "General", "1.23457E+11"), (1234.5, "0.00", "1234.50"),
+    (1234567, "#,##0", "1,234,567"), (1234.567, "#,##0.00", "1,234.57"), (0.125, "0%", "13%"),
+    (0.5, "0.00%", "50.00%"), (-1234.5, "#,##0.00;(#,##0.00)", "(1,234.50)"), (-3, "0", "-3"),
+    (7, "000", "007"), (3, '"Take "0', "Take 3"), (12345.678, "0.00E+00", "1.23E+04"),
+    (1.5, "# ?/?", "1 1/2"), (0, '0;-0;"none"', "none"), (1234, "0.0,", "1.2"),
+    (9.99, "[$€-407]#,##0.00", "€9.99"), (42, "[Red]0_)", "42 "),
+    (datetime.date(2026, 3, 4), "d-mmm", "4-Mar"), (datetime.date(2026, 3, 4), "mm/dd/yy", "03/04/26"),
+    (datetime.date(2026, 3, 4), "dddd d mmmm yyyy", "Wednesday 4 March 2026"),
+    (datetime.date(2026, 3, 4), "m/d/yyyy", "3/4/2026"),
+    (datetime.time(14, 5, 9), "h:mm AM/PM", "2:05 PM"), (datetime.time(14, 5, 9), "hh:mm:ss", "14:05:09"),
+    (datetime.time(0, 5, 9), "mm:ss", "05:09"),
+    (datetime.datetime(2026, 3, 4, 14, 5, 9), "yyyy-mm-dd hh:mm", "2026-03-04 14:05"),
+]
+
+
+def write_shown_fixtures():
+    xls = xlwt.Workbook(encoding="utf-8")
+    xlsx = xlsxwriter.Workbook(os.path.join(HERE, "shown.xlsx"))
+    xlsx.set_properties({"created": datetime.datetime(2024, 1, 1)})
+    xls_sheet, xlsx_sheet = xls.add_sheet("Log"), xlsx.add_worksheet("Log")
+    for r, (value, code, shown) in enumerate(SHOWN):
+        xls_sheet.write(r, 0, value, xlwt.easyxf(num_format_str=code))
+        xls_sheet.write(r, 1, shown)
+        xlsx_format = xlsx.add_format({"num_format": code})
+        if isinstance(value, (datetime.date, datetime.time)):
+            xlsx_sheet.write_datetime(r, 0, value, xlsx_format)
+        else:
+            xlsx_sheet.write_number(r, 0, value, xlsx_format)
+        xlsx_sheet.write_string(r, 1, shown)
+    xls.save(os.path.join(HERE, "shown.xls"))
+    xlsx.close()
+
+
 def write_formula_fixture():
     """Formula cells with each kind of cached result. xlwt caches every formula's result as empty
     text, so the results are patched in: a number under a date format, true, an error, empty text,
@@ -330,5 +367,6 @@ if __name__ == "__main__":
     write_xlsx_fixtures()
     write_xls_fixtures()
     write_typed_fixtures()
+    write_shown_fixtures()
     write_formula_fixture()
     write_renamed_fixtures()
