@@ -31,6 +31,7 @@ CheckReport check(const std::string& sheet_path, const std::string& xml_path,
   try {
     Host host;
     host.rules = options.rules;
+    host.worksheet = options.worksheet;
     report.merge = merge_document(sheet_path, xml_path, host, &observers).report;
   } catch (const Error& error) {
     findings.flush_findings();

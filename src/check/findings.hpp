@@ -100,6 +100,7 @@ struct CheckOptions {
   bool changes = false;           // collect the change list too
   bool sheet = false;             // keep the sheet as read, with the clips each row names
   Rules rules = classic_rules();  // the rules of the merge checked
+  std::optional<std::string> worksheet = std::nullopt;  // unset: the rules choose the worksheet
 };
 
 struct CheckReport {

@@ -178,9 +178,10 @@ Json report_json(const CheckReport& report, bool with_changes) {
 void print(const std::string& text, std::FILE* stream) { std::fputs(text.c_str(), stream); }
 
 int run_check(const CheckArguments& arguments) {
-  const CheckReport report =
-      check(arguments.sheet, arguments.xml,
-            CheckOptions{.changes = arguments.changes, .rules = arguments.rules.rules()});
+  const CheckReport report = check(arguments.sheet, arguments.xml,
+                                   CheckOptions{.changes = arguments.changes,
+                                                .rules = arguments.rules.rules(),
+                                                .worksheet = arguments.rules.worksheet});
   if (report.merge.outcome == Outcome::not_a_log_sheet) {
     print(fmt::format("pellago: {}\n", not_a_log_sheet_message(arguments.sheet)), stderr);
     return kExitNotALogSheet;

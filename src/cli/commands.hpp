@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,16 +18,21 @@ inline constexpr int kExitError = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitNotALogSheet = 3;
 
-// The flags that choose the merge's rules, which merge and check share.
+// The flags that choose the merge's rules, and the worksheet it reads, which merge and check
+// share.
 struct RulesFlags {
   bool classic = false;
   bool recover = false;
   bool strict = false;
+  std::optional<std::string> worksheet;
 
   Rules rules() const;
 };
 
 void add_rules_flags(CLI::App& command, RulesFlags& flags);
+
+// --sheet NAME, for every command that reads a log sheet.
+void add_worksheet_option(CLI::App& command, std::optional<std::string>& worksheet);
 
 // "1 clip", "2 clips": a count and its noun, plural unless the count is 1.
 inline std::string counted(std::size_t count, std::string_view noun) {

@@ -86,10 +86,10 @@ void print_log_sheet_json(const std::vector<Cell>& headers, const std::vector<Lo
   }
 }
 
-int inspect_log_sheet(const std::string& path) {
+int inspect_log_sheet(const std::string& path, const std::optional<std::string>& worksheet) {
   // A closed pipe on standard output fails the write instead of killing the process.
   std::signal(SIGPIPE, SIG_IGN);
-  const std::optional<LogSheet> sheet = read_log_sheet(path);
+  const std::optional<LogSheet> sheet = read_log_sheet(path, worksheet);
   if (!sheet) {
     std::fputs(fmt::format("pellago: {}\n", not_a_log_sheet_message(path)).c_str(), stderr);
     return kExitNotALogSheet;
@@ -103,17 +103,26 @@ int inspect_log_sheet(const std::string& path) {
 void add_inspect_command(CLI::App& app, int& status) {
   CLI::App* inspect =
       app.add_subcommand("inspect", "Show a log sheet as the merge reads it, in JSON");
-  auto path = std::make_shared<std::string>();
-  inspect->add_option("SHEET", *path, "The log sheet: an .xls or .xlsx workbook")->required();
+  struct Arguments {
+    std::string path;
+    std::optional<std::string> worksheet;
+  };
+  auto arguments = std::make_shared<Arguments>();
+  inspect->add_option("SHEET", arguments->path, "The log sheet: an .xls or .xlsx workbook")
+      ->required();
+  add_worksheet_option(*inspect, arguments->worksheet);
   inspect->footer(
-      "Reads the first worksheet. \"headers\" lists row 1 as it is (text, number or null); "
-      "\"rows\" has one entry per row from 2 to the last, blank rows included: its \"fields\" "
-      "map each ordinary column header to the cell text (numbers as 12.0; with duplicate headers "
-      "the right-hand column), and its \"markers\" come from the \"Marker Timecode\", \"Marker "
-      "Name\", \"Marker Comment\" and \"Marker Color\" columns; a marker is listed only when its "
-      "timecode cell is not empty.\n\nExit status: 0 done, 1 the sheet cannot be read, 2 wrong "
-      "usage, 3 not an .xls or .xlsx file.");
-  inspect->callback([path, &status] { status = inspect_log_sheet(*path); });
+      "Reads the sheet as merge and check read it: the first worksheet with a Name header in its "
+      "first 20 rows (or the one --sheet names), its header row the first of them with a Name "
+      "header. \"headers\" lists the header row as it is (text, number or null); \"rows\" has "
+      "one entry per row below it to the last, blank rows included: its \"fields\" map each "
+      "column header the merge reads to the cell text as the spreadsheet shows it (with "
+      "duplicate headers the right-hand column), and its \"markers\" come from the \"Marker "
+      "Timecode\", \"Marker Name\", \"Marker Comment\" and \"Marker Color\" columns; a marker "
+      "is listed only when its timecode cell is not empty.\n\nExit status: 0 done, 1 the sheet "
+      "cannot be read, 2 wrong usage, 3 not an .xls or .xlsx file.");
+  inspect->callback(
+      [arguments, &status] { status = inspect_log_sheet(arguments->path, arguments->worksheet); });
 }
 
 }  // namespace pellago::cli

@@ -148,6 +148,7 @@ int run_merge(const MergeOptions& options) {
   Host host;
   host.keep_document_until_exit = true;
   host.rules = options.rules.rules();
+  host.worksheet = options.rules.worksheet;
   if (!options.quiet && isatty(STDERR_FILENO)) bar.emplace().attach_to(host);
 
   const MergeReport report = add_log_notes(options.sheet, options.xml, options.output, host);

@@ -20,9 +20,19 @@ void add_rules_flags(CLI::App& command, RulesFlags& flags) {
   command.add_flag("--recover", flags.recover,
                    "Merge what can be read of an XML document that is not well-formed (the clips "
                    "after its first error may be missing) instead of refusing it");
-  command.add_flag("--strict", flags.strict,
-                   "Refuse an XML document that is not well-formed, under --classic too")
+  command
+      .add_flag("--strict", flags.strict,
+                "Refuse an XML document that is not well-formed, under --classic too")
       ->excludes("--recover");
+  add_worksheet_option(command, flags.worksheet);
+}
+
+void add_worksheet_option(CLI::App& command, std::optional<std::string>& worksheet) {
+  command
+      .add_option("--sheet", worksheet,
+                  "Read the worksheet of this name (as its tab shows it) instead of the first "
+                  "one with a Name header")
+      ->option_text("NAME");
 }
 
 }  // namespace pellago::cli

@@ -164,7 +164,8 @@ MergedDocument merge_document(const std::string& sheet_path, const std::string& 
   const LibxmlErrors quiet;
 
   report_progress(host, MergePhase::reading_sheet);
-  WorkbookReading reading = start_reading_workbook(sheet_path, kind);
+  WorkbookReading reading = start_reading_workbook(
+      sheet_path, kind, log_sheet_choice(host.worksheet, host.rules.sheet_as_typed));
   const SheetLayout layout{
       .header_row = host.rules.sheet_as_typed ? find_header_row(reading.sheet()) : 1,
       .as_typed = host.rules.sheet_as_typed,

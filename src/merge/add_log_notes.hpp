@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,8 @@ struct Host {
   bool keep_document_until_exit = false;
   // The rules of the merge.
   Rules rules = classic_rules();
+  // The name of the worksheet to read; unset, the rules choose (log_sheet_choice).
+  std::optional<std::string> worksheet = std::nullopt;
   // Asked before each clip is visited and once more before the output is written, on the calling
   // thread: true stops the merge there, writes nothing and ends it with Outcome::cancelled.
   std::function<bool()> cancel_requested;

@@ -143,10 +143,12 @@ std::filesystem::path file_path(const py::object& given) {
 
 MergeReport merge_paths(const std::filesystem::path& sheet, const std::filesystem::path& xml,
                         const std::filesystem::path& output, std::optional<py::function> progress,
-                        std::optional<bool> recover, bool classic) {
+                        std::optional<bool> recover, bool classic,
+                        std::optional<std::string> worksheet) {
   std::optional<ProgressCallback> callback;
   Host host;
   host.rules = chosen_rules(classic, recover);
+  host.worksheet = std::move(worksheet);
   if (progress) {
     callback.emplace(std::move(*progress));
     host.progress = [&callback](const ProgressReport& report) { callback->report(report); };
@@ -163,21 +165,24 @@ MergeReport merge_paths(const std::filesystem::path& sheet, const std::filesyste
 }
 
 MergeReport merge(const py::object& sheet, const py::object& xml, const py::object& output,
-                  std::optional<py::function> progress, std::optional<bool> recover, bool classic) {
+                  std::optional<py::function> progress, std::optional<bool> recover, bool classic,
+                  std::optional<std::string> worksheet) {
   return merge_paths(file_path(sheet), file_path(xml), file_path(output), std::move(progress),
-                     recover, classic);
+                     recover, classic, std::move(worksheet));
 }
 
 // An input that cannot be read raises OSError, as it does for merge; any other failure of the
 // merge is part of the report (CheckReport::error and a merge_fails finding).
 CheckReport check_paths(const std::filesystem::path& sheet, const std::filesystem::path& xml,
-                        bool changes, std::optional<bool> recover, bool classic) {
+                        bool changes, std::optional<bool> recover, bool classic,
+                        const std::optional<std::string>& worksheet) {
   CheckReport report;
   {
     py::gil_scoped_release release;
-    report =
-        pellago::check(sheet.string(), xml.string(),
-                       CheckOptions{.changes = changes, .rules = chosen_rules(classic, recover)});
+    report = pellago::check(
+        sheet.string(), xml.string(),
+        CheckOptions{
+            .changes = changes, .rules = chosen_rules(classic, recover), .worksheet = worksheet});
   }
   if (report.error && report.system_error != 0) throw Error(*report.error, report.system_error);
   if (report.merge.outcome == Outcome::not_a_log_sheet) raise_not_a_log_sheet(sheet);
@@ -185,8 +190,9 @@ CheckReport check_paths(const std::filesystem::path& sheet, const std::filesyste
 }
 
 CheckReport check_sheet(const py::object& sheet, const py::object& xml, bool changes,
-                        std::optional<bool> recover, bool classic) {
-  return check_paths(file_path(sheet), file_path(xml), changes, recover, classic);
+                        std::optional<bool> recover, bool classic,
+                        const std::optional<std::string>& worksheet) {
+  return check_paths(file_path(sheet), file_path(xml), changes, recover, classic, worksheet);
 }
 
 // Every enumerator of one of the library's tables, under its name there.
@@ -259,17 +265,19 @@ std::int64_t frames_of(const std::string& timecode, double rate,
   return to_frames(timecode, rate, display_format);
 }
 
-Sheet inspect_path(const std::filesystem::path& path) {
+Sheet inspect_path(const std::filesystem::path& path, const std::optional<std::string>& worksheet) {
   std::optional<LogSheet> log_sheet;
   {
     py::gil_scoped_release release;
-    log_sheet = read_log_sheet(path.string());
+    log_sheet = read_log_sheet(path.string(), worksheet);
   }
   if (!log_sheet) raise_not_a_log_sheet(path);
   return sheet_for_python(*log_sheet);
 }
 
-Sheet inspect(const py::object& sheet) { return inspect_path(file_path(sheet)); }
+Sheet inspect(const py::object& sheet, const std::optional<std::string>& worksheet) {
+  return inspect_path(file_path(sheet), worksheet);
+}
 
 std::string optional_repr(const std::optional<std::string>& text) {
   return text ? py::repr(py::str(*text)).cast<std::string>() : "None";
@@ -353,6 +361,10 @@ cancels the merge before its next clip: nothing is written and the outcome is Ou
 An exception raised by progress cancels it too, and is raised again by merge once the merge has
 stopped.
 
+The worksheet read is the first with a Name header among its first 20 rows (the first worksheet
+with classic=True); worksheet="Log" reads the one whose tab shows that name, and raises
+pellago.Error naming the workbook's worksheets when there is none.
+
 A document that is not well-formed XML raises pellago.Error naming its first error's line and
 column. With recover=True it is merged as far as the parser could recover it: the report's
 `recovered` says how many errors were repaired and where the first was (clips after it may be
@@ -368,12 +380,13 @@ nothing, and returns a CheckReport: what the merge would report, the findings ab
 or refuse...) and, with changes=True, every change the merge would make to the document.
 
 A merge that would fail gives its message in the report's `error` and a finding of kind
-FindingKind.merge_fails, after the findings made before it. A sheet whose name does not end in
+FindingKind.merge_fails, after the findings made before it. worksheet= chooses the worksheet as
+for merge. A sheet whose name does not end in
 ".xls" or ".xlsx" raises pellago.NotALogSheet. Raises OSError when a file cannot be read.)";
 
 constexpr const char* kInspectDoc =
-    R"(Reads the first worksheet of the log sheet `sheet` as the merge reads it by default: the header
-row as it is (the first of the first 20 rows with a Name header) and one SheetRow per row below it
+    R"(Reads the log sheet `sheet` as the merge reads it by default: the first worksheet with a Name
+header among its first 20 rows (or the one worksheet= names), the header row as it is (the first of the first 20 rows with a Name header) and one SheetRow per row below it
 to the last, blank rows included. Raises pellago.NotALogSheet when `sheet` is not a log sheet
 (its name does not end in ".xls" or ".xlsx"), OSError when the file cannot be read and
 pellago.Error when it is not a readable workbook.)";
@@ -544,9 +557,12 @@ PYBIND11_MODULE(pellago, module) {
       .def("__repr__", [](const Sheet& sheet) { return repr(sheet); });
 
   module.def("merge", &merge, kMergeDoc, "sheet"_a, "xml"_a, "output"_a, py::kw_only(),
-             "progress"_a = py::none(), "recover"_a = py::none(), "classic"_a = false);
+             "progress"_a = py::none(), "recover"_a = py::none(), "classic"_a = false,
+             "worksheet"_a = py::none());
   module.def("check", &check_sheet, kCheckDoc, "sheet"_a, "xml"_a, py::kw_only(),
-             "changes"_a = false, "recover"_a = py::none(), "classic"_a = false);
-  module.def("inspect", &inspect, kInspectDoc, "sheet"_a);
+             "changes"_a = false, "recover"_a = py::none(), "classic"_a = false,
+             "worksheet"_a = py::none());
+  module.def("inspect", &inspect, kInspectDoc, "sheet"_a, py::kw_only(),
+             "worksheet"_a = py::none());
   module.def("to_frames", &frames_of, kToFramesDoc, "timecode"_a, "rate"_a, "display_format"_a);
 }

@@ -254,10 +254,10 @@ class Sheet:
     def headers(
         self,
     ) -> list[Union[str, float, bool, datetime.date, datetime.datetime, datetime.time, None]]:
-        """Row 1 as it is."""
+        """The header row as it is."""
     @property
     def rows(self) -> list[SheetRow]:
-        """The rows from 2 to the last, blank rows included."""
+        """The rows below the header row to the last, blank rows included."""
 
 def merge(
     sheet: _Path,
@@ -271,6 +271,7 @@ def merge(
     ] = None,
     recover: Optional[bool] = None,
     classic: bool = False,
+    worksheet: Optional[str] = None,
 ) -> MergeReport:
     """Merges `sheet` into the document `xml` and writes the result to `output` (may be `xml`;
     "-" is standard output).
@@ -284,6 +285,7 @@ def merge(
     rules recover unless recover=False. Raises OSError for files
     that cannot be read or written, pellago.Error for anything else that stops the merge;
     nothing is written then. classic=True merges by the classic rules, as the Ruby module does.
+    worksheet="Log" reads the worksheet of that name instead of the first with a Name header.
     """
 
 def check(
@@ -293,15 +295,16 @@ def check(
     changes: bool = False,
     recover: Optional[bool] = None,
     classic: bool = False,
+    worksheet: Optional[str] = None,
 ) -> CheckReport:
     """Runs the merge in memory, writing nothing: the findings about the sheet and, with
     changes=True, every change the merge would make. A merge that would fail gives its message
     in `error` (and a merge_fails finding); a file that cannot be read raises OSError.
     """
 
-def inspect(sheet: _Path) -> Sheet:
-    """The log sheet as the merge reads it; raises NotALogSheet when `sheet` is not an .xls or
-    .xlsx file."""
+def inspect(sheet: _Path, *, worksheet: Optional[str] = None) -> Sheet:
+    """The log sheet as the merge reads it (the worksheet named, else the first with a Name
+    header); raises NotALogSheet when `sheet` is not an .xls or .xlsx file."""
 
 def to_frames(timecode: str, rate: float, display_format: str) -> int:
     """The frame count of a timecode at `rate` fps; display_format "DF" counts drop frames.

@@ -198,7 +198,9 @@ bool is_untitled(const Cell& header) {
   return !text || text->empty();
 }
 
-int find_header_row(const Workbook& workbook) {
+namespace {
+
+std::optional<int> name_header_row(const Workbook& workbook) {
   const int last = std::min(workbook.last_row(), kHeaderRowsSearched);
   for (int row = 1; row <= last; ++row) {
     for (int column = 1; column <= workbook.last_column(); ++column) {
@@ -206,7 +208,19 @@ int find_header_row(const Workbook& workbook) {
       if (text && header_read_as(*text) == kNameHeader) return row;
     }
   }
-  return 1;
+  return std::nullopt;
+}
+
+}  // namespace
+
+int find_header_row(const Workbook& workbook) { return name_header_row(workbook).value_or(1); }
+
+WorksheetChoice log_sheet_choice(const std::optional<std::string>& name, bool as_typed) {
+  WorksheetChoice choice{.name = name, .accepts = {}};
+  if (as_typed) {
+    choice.accepts = [](const Workbook& sheet) { return name_header_row(sheet).has_value(); };
+  }
+  return choice;
 }
 
 std::vector<LogRow> read_log_rows(const Workbook& workbook, const std::vector<Cell>& headers,

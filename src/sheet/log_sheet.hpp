@@ -70,6 +70,11 @@ std::string column_letters(int column);
 // it are titles. Row 1 when none has.
 int find_header_row(const Workbook& workbook);
 
+// The worksheet a merge reads: the one named; otherwise, with as_typed, the first that has a
+// Name header among its first rows (notes kept on the second worksheet, a cover sheet first),
+// else the first.
+WorksheetChoice log_sheet_choice(const std::optional<std::string>& name, bool as_typed);
+
 // The raw values of the header row, from column 1 to the last column.
 std::vector<Cell> read_header_row(const Workbook& workbook, int header_row = 1);
 

@@ -6,13 +6,15 @@
 
 namespace pellago {
 
-std::optional<LogSheet> read_log_sheet(const std::string& path) {
+std::optional<LogSheet> read_log_sheet(const std::string& path,
+                                       const std::optional<std::string>& worksheet) {
   const SheetKind kind = sheet_kind_ignoring_case(path);
   if (kind == SheetKind::not_a_log_sheet) return std::nullopt;
-  const Workbook workbook = open_workbook(path, kind);
+  const Workbook workbook = open_workbook(path, kind, log_sheet_choice(worksheet, true));
   const SheetLayout layout{
       .header_row = find_header_row(workbook), .as_typed = true, .as_shown = true};
-  LogSheet sheet{.header_row = layout.header_row,
+  LogSheet sheet{.worksheet = workbook.name(),
+                 .header_row = layout.header_row,
                  .headers = read_header_row(workbook, layout.header_row),
                  .rows = {}};
   try {

@@ -1,6 +1,7 @@
 #include "workbook/workbook.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cctype>
@@ -102,8 +103,19 @@ SheetKind sheet_kind_ignoring_case(const std::string& path) {
   return kind_of_extension(extension);
 }
 
-Workbook open_workbook(const std::string& path, SheetKind kind) {
-  return start_reading_workbook(path, kind).finish();
+std::string missing_worksheet_message(const std::string& path, const std::string& name,
+                                      const std::vector<std::string>& names) {
+  return fmt::format("{}: the workbook has no worksheet named \"{}\"; its worksheets are \"{}\"",
+                     path, name, fmt::join(names, "\", \""));
+}
+
+std::vector<std::string> worksheet_names(const std::string& path, SheetKind kind) {
+  if (kind == SheetKind::xls) return xls_worksheet_names(path);
+  return xlsx_worksheet_names(path);
+}
+
+Workbook open_workbook(const std::string& path, SheetKind kind, const WorksheetChoice& choice) {
+  return start_reading_workbook(path, kind, choice).finish();
 }
 
 // An .xls read whole, or an .xlsx read up to the end of row kRowsReadFirst.
@@ -126,16 +138,17 @@ Workbook WorkbookReading::finish() {
   return std::get<XlsxReading>(source_->reading).finish();
 }
 
-WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind) {
+WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind,
+                                       const WorksheetChoice& choice) {
   if (kind == SheetKind::not_a_log_sheet) {
     throw Error(fmt::format("{}: not a log sheet: its extension is neither .xls nor .xlsx", path));
   }
   if (kind == SheetKind::xls) {
     return WorkbookReading(
-        std::make_unique<WorkbookReading::Source>(WorkbookReading::Source{read_xls(path)}));
+        std::make_unique<WorkbookReading::Source>(WorkbookReading::Source{read_xls(path, choice)}));
   }
-  return WorkbookReading(
-      std::make_unique<WorkbookReading::Source>(WorkbookReading::Source{XlsxReading(path)}));
+  return WorkbookReading(std::make_unique<WorkbookReading::Source>(
+      WorkbookReading::Source{XlsxReading(path, {}, choice)}));
 }
 
 }  // namespace pellago

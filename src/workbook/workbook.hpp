@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -33,9 +35,13 @@ std::string date_time_text(const DateTime& value);
 // A cell of a worksheet: empty, a floating-point number, text, a truth value, or a date or time.
 using Cell = std::variant<std::monostate, double, std::string, bool, DateTime>;
 
-// The first worksheet of a workbook, read whole. Rows and columns are 1-based.
+// A worksheet of a workbook, read whole. Rows and columns are 1-based.
 class Workbook {
  public:
+  // The name its tab shows.
+  const std::string& name() const { return name_; }
+  void set_name(std::string name) { name_ = std::move(name); }
+
   // The cell at (row, column); an empty cell outside the used range.
   const Cell& cell(int row, int column) const;
   // The number format code the cell is shown by ("0.00", "d-mmm"); empty for General, for text
@@ -64,6 +70,7 @@ class Workbook {
   std::vector<std::vector<Entry>> rows_;
   int last_column_ = 0;
   std::vector<std::string> number_formats_;
+  std::string name_;
 };
 
 // The text of all the cells of a sheet together may not pass this many bytes: a file of a few
@@ -72,6 +79,18 @@ inline constexpr std::uint64_t kCellTextBytes = std::uint64_t{256} << 20;
 
 // What a reader says when a sheet's cell text passes `limit`.
 std::string cell_text_cap_message(std::uint64_t limit);
+
+// Which worksheet of a workbook to read: the one whose tab shows `name` when it is set, else the
+// first whose first kRowsReadFirst rows `accepts` when it is set, else the first. When none
+// accepts, the first is read.
+struct WorksheetChoice {
+  std::optional<std::string> name;
+  std::function<bool(const Workbook&)> accepts;
+};
+
+// What a reader says when no worksheet has the name asked for.
+std::string missing_worksheet_message(const std::string& path, const std::string& name,
+                                      const std::vector<std::string>& names);
 
 enum class SheetKind { xls, xlsx, not_a_log_sheet };
 
@@ -83,13 +102,18 @@ SheetKind sheet_kind(const std::string& path);
 // misnamed ("log.XLSX") from a file of another kind.
 SheetKind sheet_kind_ignoring_case(const std::string& path);
 
+// The names of the worksheets of the workbook, in tab order (chart sheets left out). Throws what
+// open_workbook throws.
+std::vector<std::string> worksheet_names(const std::string& path, SheetKind kind);
+
 // Opens the first worksheet of an .xls (libolecf and a BIFF8 record reader) or .xlsx (libzip and
 // libxml2's SAX2 push parser, streaming) file. Text cells are text, numeric cells numbers,
 // boolean cells truth values; numbers under a date or time format are DateTimes, and error cells
 // the error's text ("#N/A"). Throws Error with a one-line message that names the file when
 // it cannot be read, is not of the kind its extension says, or is damaged. A first worksheet with
 // no cell in use opens, with last_row and last_column 0.
-Workbook open_workbook(const std::string& path, SheetKind kind);
+// A choice reads another worksheet, as WorksheetChoice says.
+Workbook open_workbook(const std::string& path, SheetKind kind, const WorksheetChoice& choice = {});
 
 // The rows start_reading_workbook reads before it returns: enough to find a header row below
 // a few title rows.
@@ -115,11 +139,13 @@ class WorkbookReading {
  private:
   struct Source;
   explicit WorkbookReading(std::unique_ptr<Source> source);
-  friend WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind);
+  friend WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind,
+                                                const WorksheetChoice& choice);
 
   std::unique_ptr<Source> source_;
 };
 
-WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind);
+WorkbookReading start_reading_workbook(const std::string& path, SheetKind kind,
+                                       const WorksheetChoice& choice = {});
 
 }  // namespace pellago

@@ -45,12 +45,18 @@ constexpr int kColumns = 256;
   throw Error(fmt::format("the workbook records are damaged: {}", what));
 }
 
-// What the workbook globals say about the first worksheet's cells.
+// A worksheet: the name its tab shows, and the stream offset of its BOF record.
+struct XlsWorksheet {
+  std::string name;
+  std::uint32_t offset;
+};
+
+// What the workbook globals say about the worksheets and their cells.
 struct Globals {
   bool date1904 = false;
   CellFormats formats;  // by XF index
   std::vector<std::string> shared_strings;
-  std::optional<std::uint32_t> first_worksheet;  // stream offset of its BOF record
+  std::vector<XlsWorksheet> worksheets;  // in tab order
 };
 
 // Checks a BOF record: BIFF8, of the kind of substream expected.
@@ -114,7 +120,7 @@ Globals read_globals(RecordStream& records) {
       case record_type::kBoundSheet: {
         const std::uint32_t offset = reader.u32();
         reader.u8();  // hidden or not
-        if (reader.u8() == 0 && !globals.first_worksheet) globals.first_worksheet = offset;
+        if (reader.u8() == 0) globals.worksheets.push_back({reader.unicode_string(true), offset});
         break;
       }
       default:
@@ -319,21 +325,75 @@ void require_compound_document(const std::string& path) {
 
 }  // namespace
 
-Workbook read_xls(const std::string& path, std::uint64_t cell_text_bytes) {
+namespace {
+
+Workbook read_worksheet(const std::vector<std::uint8_t>& stream, const Globals& globals,
+                        const XlsWorksheet& worksheet, std::uint64_t cell_text_bytes) {
+  RecordStream sheet_records(stream, worksheet.offset);
+  SheetReader reader(globals, cell_text_bytes);
+  reader.read(sheet_records);
+  reader.sheet.set_number_formats(globals.formats.codes);
+  reader.sheet.set_name(worksheet.name);
+  return std::move(reader.sheet);
+}
+
+std::vector<std::string> names_of(const Globals& globals) {
+  std::vector<std::string> names;
+  for (const XlsWorksheet& worksheet : globals.worksheets) names.push_back(worksheet.name);
+  return names;
+}
+
+// The worksheet the choice names, or the first it accepts, or the first.
+Workbook read_chosen_worksheet(const std::string& path, const std::vector<std::uint8_t>& stream,
+                               const Globals& globals, const WorksheetChoice& choice,
+                               std::uint64_t cell_text_bytes) {
+  if (globals.worksheets.empty()) throw Error("it has no worksheet");
+  if (choice.name) {
+    for (const XlsWorksheet& worksheet : globals.worksheets) {
+      if (worksheet.name == *choice.name) {
+        return read_worksheet(stream, globals, worksheet, cell_text_bytes);
+      }
+    }
+    throw Error(missing_worksheet_message(path, *choice.name, names_of(globals)));
+  }
+  for (std::size_t i = 0; i < globals.worksheets.size() && choice.accepts; ++i) {
+    Workbook sheet = read_worksheet(stream, globals, globals.worksheets[i], cell_text_bytes);
+    if (choice.accepts(sheet)) return sheet;
+  }
+  return read_worksheet(stream, globals, globals.worksheets.front(), cell_text_bytes);
+}
+
+Globals read_globals_of(const std::vector<std::uint8_t>& stream) {
+  RecordStream globals_records(stream, 0);
+  return read_globals(globals_records);
+}
+
+// Throws the error with the file named first, unless it names it already.
+[[noreturn]] void rethrow_naming(const std::string& path, const Error& e) {
+  if (std::string_view(e.what()).starts_with(path + ": ")) throw e;
+  throw Error(fmt::format("{}: cannot read the .xls workbook: {}", path, e.what()), e.system_error);
+}
+
+}  // namespace
+
+Workbook read_xls(const std::string& path, const WorksheetChoice& choice,
+                  std::uint64_t cell_text_bytes) {
   require_compound_document(path);
   const std::vector<std::uint8_t> stream = read_workbook_stream(path);
   try {
-    RecordStream globals_records(stream, 0);
-    const Globals globals = read_globals(globals_records);
-    if (!globals.first_worksheet) throw Error("it has no worksheet");
-    RecordStream sheet_records(stream, *globals.first_worksheet);
-    SheetReader reader(globals, cell_text_bytes);
-    reader.read(sheet_records);
-    reader.sheet.set_number_formats(globals.formats.codes);
-    return std::move(reader.sheet);
+    return read_chosen_worksheet(path, stream, read_globals_of(stream), choice, cell_text_bytes);
   } catch (const Error& e) {
-    throw Error(fmt::format("{}: cannot read the .xls workbook: {}", path, e.what()),
-                e.system_error);
+    rethrow_naming(path, e);
+  }
+}
+
+std::vector<std::string> xls_worksheet_names(const std::string& path) {
+  require_compound_document(path);
+  const std::vector<std::uint8_t> stream = read_workbook_stream(path);
+  try {
+    return names_of(read_globals_of(stream));
+  } catch (const Error& e) {
+    rethrow_naming(path, e);
   }
 }
 

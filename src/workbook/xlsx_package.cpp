@@ -135,9 +135,14 @@ std::optional<std::string> workbook_member(const ZipPackage& package,
   return std::nullopt;
 }
 
+struct SheetEntry {
+  std::string name;
+  std::string relationship_id;
+};
+
 struct WorkbookPart {
   bool date1904 = false;
-  std::vector<std::string> sheet_ids;  // relationship ids of the <sheet> elements, in order
+  std::vector<SheetEntry> sheets;  // the <sheet> elements, in order
 };
 
 bool is_true(std::string_view value) { return value == "1" || value == "true"; }
@@ -148,7 +153,8 @@ class WorkbookHandler final : public PartHandler {
     if (name == "workbookPr") {
       workbook.date1904 = is_true(attributes.get("date1904").value_or(""));
     } else if (name == "sheet") {
-      workbook.sheet_ids.emplace_back(relationship_id(attributes));
+      workbook.sheets.push_back({std::string(attributes.get("name").value_or("")),
+                                 std::string(relationship_id(attributes))});
     }
   }
   void end(std::string_view name) override {
@@ -177,30 +183,30 @@ WorkbookPart read_workbook_part(const ZipPackage& package, const std::string& pa
   return std::move(handler.workbook);
 }
 
-// The part of the first sheet that is a worksheet (chart sheets are passed over).
-std::string first_worksheet_part(const ZipPackage& package, const std::string& workbook_part,
-                                 const WorkbookPart& workbook,
-                                 const std::vector<Relationship>& relationships) {
+// The sheets that are worksheets, with their parts (chart sheets are passed over).
+std::vector<XlsxWorksheet> worksheets_of(const ZipPackage& package,
+                                         const std::string& workbook_part,
+                                         const WorkbookPart& workbook,
+                                         const std::vector<Relationship>& relationships) {
   std::unordered_map<std::string_view, const Relationship*> by_id;
   for (const Relationship& relationship : relationships) {
     by_id.emplace(relationship.id, &relationship);
   }
-  for (const std::string& id : workbook.sheet_ids) {
-    const auto found = by_id.find(id);
+  std::vector<XlsxWorksheet> worksheets;
+  for (const SheetEntry& sheet : workbook.sheets) {
+    const auto found = by_id.find(sheet.relationship_id);
     if (found == by_id.end()) {
       throw Error(fmt::format("{}: sheet relationship \"{}\" of \"{}\" is not in \"{}\"",
-                              package.path(), id, workbook_part,
+                              package.path(), sheet.relationship_id, workbook_part,
                               relationships_part_of(workbook_part)));
     }
     const Relationship* relationship = found->second;
     if (!has_type(*relationship, "worksheet")) continue;
-    if (!package.contains(relationship->target)) {
-      throw Error(fmt::format("{}: the first worksheet's part \"{}\" is missing from the package",
-                              package.path(), relationship->target));
-    }
-    return relationship->target;
+    worksheets.push_back({sheet.name, relationship->target});
   }
-  throw Error(fmt::format("{}: the workbook has no worksheet", package.path()));
+  if (worksheets.empty())
+    throw Error(fmt::format("{}: the workbook has no worksheet", package.path()));
+  return worksheets;
 }
 
 }  // namespace
@@ -211,7 +217,7 @@ XlsxLayout locate_xlsx_parts(const ZipPackage& package, std::uint64_t cap) {
   const WorkbookPart workbook = read_workbook_part(package, workbook_part, cap);
   const std::string directory = directory_of(workbook_part);
   return {
-      first_worksheet_part(package, workbook_part, workbook, relationships),
+      worksheets_of(package, workbook_part, workbook, relationships),
       workbook_member(package, relationships, "sharedStrings", directory + "sharedStrings.xml"),
       workbook_member(package, relationships, "styles", directory + "styles.xml"),
       workbook.date1904,

@@ -262,7 +262,8 @@ const std::string& zip_path(const std::string& path) {
 // step: everything the handler and the parser point to lives here, at a fixed address.
 struct XlsxReading::State {
   State(const std::string& path, const XlsxLimits& limits)
-      : package(zip_path(path)),
+      : limits(limits),
+        package(zip_path(path)),
         layout(locate_xlsx_parts(package, limits.other_part_bytes)),
         shared_strings(
             layout.shared_strings_part
@@ -270,40 +271,83 @@ struct XlsxReading::State {
                 : std::vector<std::string>{}),
         formats(layout.styles_part
                     ? read_cell_formats(package, *layout.styles_part, limits.other_part_bytes)
-                    : CellFormats{}),
-        handler({shared_strings, formats, layout.date1904, limits.cell_text_bytes}),
-        worksheet(package, layout.worksheet_part, limits.worksheet_part_bytes, handler) {
-    handler.sheet.set_number_formats(formats.codes);
+                    : CellFormats{}) {}
+
+  // Reads the worksheet at `index` of the layout up to the checkpoint, in place of any other.
+  void open(std::size_t index) {
+    const XlsxWorksheet& chosen = layout.worksheets[index];
+    if (!package.contains(chosen.part)) {
+      throw Error(fmt::format("{}: the part \"{}\" of worksheet \"{}\" is missing from the package",
+                              package.path(), chosen.part, chosen.name));
+    }
+    worksheet.reset();
+    handler = std::make_unique<WorksheetHandler>(
+        SheetContext{shared_strings, formats, layout.date1904, limits.cell_text_bytes});
+    handler->sheet.set_number_formats(formats.codes);
+    handler->sheet.set_name(chosen.name);
+    worksheet =
+        std::make_unique<PartParse>(package, chosen.part, limits.worksheet_part_bytes, *handler);
+    worksheet->parse_to_checkpoint();
   }
 
+  // Opens the worksheet the choice names, or the first it accepts, or the first.
+  void open_chosen(const WorksheetChoice& choice) {
+    const std::vector<XlsxWorksheet>& sheets = layout.worksheets;
+    if (choice.name) {
+      for (std::size_t i = 0; i < sheets.size(); ++i) {
+        if (sheets[i].name == *choice.name) return open(i);
+      }
+      std::vector<std::string> names;
+      for (const XlsxWorksheet& sheet : sheets) names.push_back(sheet.name);
+      throw Error(missing_worksheet_message(package.path(), *choice.name, names));
+    }
+    for (std::size_t i = 0; i < sheets.size() && choice.accepts; ++i) {
+      open(i);
+      if (choice.accepts(handler->sheet)) return;
+    }
+    open(0);
+  }
+
+  const XlsxLimits limits;
   const ZipPackage package;
   const XlsxLayout layout;
   const std::vector<std::string> shared_strings;
   const CellFormats formats;
-  WorksheetHandler handler;
-  PartParse worksheet;
+  std::unique_ptr<WorksheetHandler> handler;
+  std::unique_ptr<PartParse> worksheet;
 };
 
-XlsxReading::XlsxReading(const std::string& path, const XlsxLimits& limits)
+XlsxReading::XlsxReading(const std::string& path, const XlsxLimits& limits,
+                         const WorksheetChoice& choice)
     : state_(std::make_unique<State>(path, limits)) {
-  state_->worksheet.parse_to_checkpoint();
+  state_->open_chosen(choice);
 }
 
 XlsxReading::~XlsxReading() = default;
 XlsxReading::XlsxReading(XlsxReading&&) noexcept = default;
 XlsxReading& XlsxReading::operator=(XlsxReading&&) noexcept = default;
 
-const Workbook& XlsxReading::sheet() const { return state_->handler.sheet; }
+const Workbook& XlsxReading::sheet() const { return state_->handler->sheet; }
 
 Workbook XlsxReading::finish() {
-  state_->worksheet.parse_rest();
-  Workbook sheet = std::move(state_->handler.sheet);
+  state_->worksheet->parse_rest();
+  Workbook sheet = std::move(state_->handler->sheet);
   state_.reset();  // the package, its shared strings and the parser go now
   return sheet;
 }
 
 Workbook read_xlsx(const std::string& path, const XlsxLimits& limits) {
   return XlsxReading(path, limits).finish();
+}
+
+std::vector<std::string> xlsx_worksheet_names(const std::string& path) {
+  const ZipPackage package(zip_path(path));
+  std::vector<std::string> names;
+  for (const XlsxWorksheet& sheet :
+       locate_xlsx_parts(package, XlsxLimits{}.other_part_bytes).worksheets) {
+    names.push_back(sheet.name);
+  }
+  return names;
 }
 
 }  // namespace pellago

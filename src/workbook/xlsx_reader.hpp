@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "workbook/workbook.hpp"
 
@@ -16,13 +17,15 @@ struct XlsxLimits {
   std::uint64_t cell_text_bytes = kCellTextBytes;
 };
 
-// The first worksheet of an Office Open XML workbook, read in two steps: the constructor reads up
+// A worksheet of an Office Open XML workbook (the first unless the choice says otherwise), read
+// in two steps: the constructor reads up
 // to the end of row kRowsReadFirst, finish reads the rest. finish may run on another thread than
 // the constructor, never at the same time as another use. Both throw Error naming the file; a
 // sheet damaged past those rows fails in finish.
 class XlsxReading {
  public:
-  explicit XlsxReading(const std::string& path, const XlsxLimits& limits = {});
+  explicit XlsxReading(const std::string& path, const XlsxLimits& limits = {},
+                       const WorksheetChoice& choice = {});
   ~XlsxReading();
   XlsxReading(XlsxReading&&) noexcept;
   XlsxReading& operator=(XlsxReading&&) noexcept;
@@ -40,5 +43,8 @@ class XlsxReading {
 
 // Reads the first worksheet of an Office Open XML workbook. Throws Error naming the file.
 Workbook read_xlsx(const std::string& path, const XlsxLimits& limits = {});
+
+// The names of its worksheets, in tab order.
+std::vector<std::string> xlsx_worksheet_names(const std::string& path);
 
 }  // namespace pellago

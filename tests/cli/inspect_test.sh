@@ -28,6 +28,13 @@ expect_status 0 "gap in headers"
 [[ $(tr -d ' \n' <<<"$out") == *'"fields":{"Name":"C001","Scene":"12"}'* ]] ||
   fail "gap in headers read '$out'"
 
+two=$(dirname "$0")/../workbook/data/two_sheets.xls
+run inspect --sheet Notes "$two"
+[[ $status -eq 0 && $(tr -d ' \n' <<<"$out") == *'"headers":["Shootday1"]'* ]] ||
+  fail "inspect --sheet Notes printed '$out' (status $status)"
+run inspect --sheet Day2 "$two"
+expect_status 1 "inspect --sheet Day2"
+
 run inspect log.csv
 [[ $status -eq 3 && -z $out ]] || fail "inspect log.csv printed '$out' (status $status), expected status 3"
 

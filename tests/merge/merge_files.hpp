@@ -22,23 +22,39 @@ namespace pellago::merge_test {
 // One sheet row; an empty text stands for an empty cell.
 using SheetRow = std::vector<Cell>;
 
-// Writes the rows, the header row first, to the first worksheet of a new .xlsx file.
-inline void write_xlsx(const std::filesystem::path& path, const std::vector<SheetRow>& rows) {
+// A worksheet to write: its name ("" for libxlsxwriter's Sheet1...) and rows.
+struct NamedSheet {
+  std::string name;
+  std::vector<SheetRow> rows;
+};
+
+// Writes each worksheet's rows, in order, to a new .xlsx file.
+inline void write_xlsx_sheets(const std::filesystem::path& path,
+                              const std::vector<NamedSheet>& sheets) {
   lxw_workbook* workbook = workbook_new(path.c_str());
   ASSERT_NE(workbook, nullptr);
-  lxw_worksheet* sheet = workbook_add_worksheet(workbook, nullptr);
-  for (std::size_t r = 0; r < rows.size(); ++r) {
-    for (std::size_t c = 0; c < rows[r].size(); ++c) {
-      const auto row = static_cast<lxw_row_t>(r);
-      const auto column = static_cast<lxw_col_t>(c);
-      if (const auto* text = std::get_if<std::string>(&rows[r][c]); text && !text->empty()) {
-        worksheet_write_string(sheet, row, column, text->c_str(), nullptr);
-      } else if (const auto* number = std::get_if<double>(&rows[r][c])) {
-        worksheet_write_number(sheet, row, column, *number, nullptr);
+  for (const NamedSheet& named : sheets) {
+    lxw_worksheet* sheet =
+        workbook_add_worksheet(workbook, named.name.empty() ? nullptr : named.name.c_str());
+    const std::vector<SheetRow>& rows = named.rows;
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+      for (std::size_t c = 0; c < rows[r].size(); ++c) {
+        const auto row = static_cast<lxw_row_t>(r);
+        const auto column = static_cast<lxw_col_t>(c);
+        if (const auto* text = std::get_if<std::string>(&rows[r][c]); text && !text->empty()) {
+          worksheet_write_string(sheet, row, column, text->c_str(), nullptr);
+        } else if (const auto* number = std::get_if<double>(&rows[r][c])) {
+          worksheet_write_number(sheet, row, column, *number, nullptr);
+        }
       }
     }
   }
   ASSERT_EQ(workbook_close(workbook), LXW_NO_ERROR);
+}
+
+// Writes the rows, the header row first, to the first worksheet of a new .xlsx file.
+inline void write_xlsx(const std::filesystem::path& path, const std::vector<SheetRow>& rows) {
+  write_xlsx_sheets(path, {{"", rows}});
 }
 
 inline std::string read_file(const std::filesystem::path& path) {

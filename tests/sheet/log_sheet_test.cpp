@@ -163,5 +163,34 @@ TEST_F(LogSheetFile, MarkerGroupsBecomeEntriesListedOnlyWithATimecode) {
   EXPECT_THAT(fields(rows[4]), ElementsAre("Name=101.0", "Scene="));
 }
 
+// Notes on the first worksheet and the log, below a title, on the second: in an .xlsx from
+// libxlsxwriter and an .xls from xlwt.
+TEST_F(LogSheetFile, TheWorksheetReadIsTheOneNamedOrTheFirstWithANameHeader) {
+  merge_test::write_xlsx_sheets(
+      path("two.xlsx"), {{"Notes", {{"Shoot day 1"}, {"Camera A only"}}},
+                         {"Log", {{"Day 1"}, {}, {"Clip Name", "Scene"}, {"A001_C001", 12.0}}}});
+  for (const auto& [file, kind] :
+       {std::pair{path("two.xlsx"), SheetKind::xlsx},
+        std::pair{merge_test::source_path("tests/workbook/data/two_sheets.xls").string(),
+                  SheetKind::xls}}) {
+    SCOPED_TRACE(file);
+    EXPECT_THAT(worksheet_names(file, kind), ElementsAre("Notes", "Log"));
+    const Workbook log = open_workbook(file, kind, log_sheet_choice(std::nullopt, true));
+    EXPECT_EQ(log.name(), "Log");
+    EXPECT_EQ(find_header_row(log), 3);
+    EXPECT_EQ(open_workbook(file, kind, log_sheet_choice(std::nullopt, false)).name(), "Notes");
+    EXPECT_EQ(open_workbook(file, kind, log_sheet_choice("Notes", true)).name(), "Notes");
+    try {
+      open_workbook(file, kind, log_sheet_choice("Day 2", true));
+      ADD_FAILURE() << "no error";
+    } catch (const Error& error) {
+      EXPECT_EQ(std::string(error.what()),
+                file +
+                    ": the workbook has no worksheet named \"Day 2\"; its worksheets are "
+                    "\"Notes\", \"Log\"");
+    }
+  }
+}
+
 }  // namespace
 }  // namespace pellago

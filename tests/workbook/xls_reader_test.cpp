@@ -39,7 +39,7 @@ TEST(XlsReader, CellsKeepTheirKindsAndBlanksAreNotInUse) {
                                               empty, empty, empty}));
   // One string the file stores once can fill thousands of cells: the sheet's text is capped.
   EXPECT_THAT(
-      [] { read_xls(fixture("cells.xls"), 20); },
+      [] { read_xls(fixture("cells.xls"), {}, 20); },
       ::testing::ThrowsMessage<Error>(
           fixture("cells.xls") +
           ": cannot read the .xls workbook: the worksheet's text passes 20 bytes; refusing it "

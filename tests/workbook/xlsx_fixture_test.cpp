@@ -69,7 +69,7 @@ TEST(XlsxFixtures, BrokenPackagesFailWithOneLineNamingTheFile) {
       {"truncated.xlsx", ": damaged .xlsx package: Not a zip archive"},
       {"no_workbook.xlsx", ": the package has no workbook part \"xl/workbook.xml\""},
       {"missing_sheet.xlsx",
-       ": the first worksheet's part \"xl/worksheets/sheet1.xml\" is missing"},
+       ": the part \"xl/worksheets/sheet1.xml\" of worksheet \"Log\" is missing"},
       {"malformed_sheet.xlsx",
        ", part \"xl/worksheets/sheet1.xml\": malformed XML at line 2: Opening and ending tag "
        "mismatch"},

@@ -328,6 +328,22 @@ def write_shown_fixtures():
     xlsx.close()
 
 
+def write_two_sheets_fixture():
+    """Notes on the first worksheet, the log on the second, a chart sheet's place taken by nothing
+    (xlwt writes none)."""
+    book = xlwt.Workbook(encoding="utf-8")
+    notes = book.add_sheet("Notes")
+    notes.write(0, 0, "Shoot day 1")
+    notes.write(1, 0, "Camera A only")
+    log = book.add_sheet("Log")
+    log.write(0, 0, "Day 1")
+    log.write(2, 0, "Clip Name")
+    log.write(2, 1, "Scene")
+    log.write(3, 0, "A001_C001")
+    log.write(3, 1, 12)
+    book.save(os.path.join(HERE, "two_sheets.xls"))
+
+
 def write_formula_fixture():
     """Formula cells with each kind of cached result. xlwt caches every formula's result as empty
     text, so the results are patched in: a number under a date format, true, an error, empty text,
@@ -368,5 +384,6 @@ if __name__ == "__main__":
     write_xls_fixtures()
     write_typed_fixtures()
     write_shown_fixtures()
+    write_two_sheets_fixture()
     write_formula_fixture()
     write_renamed_fixtures()
